@@ -1,0 +1,78 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "components/kelparsexml/ElementTree.h"
+#include "components/keltransform/Cell.h"
+#include "components/keltransform/DataDictionary.h"
+#include "components/keltransform/Program.h"
+
+namespace KelTransformNS {
+
+/// A field that expressions and models can refer to, with the slot where its cell stands when the program runs.
+struct ResolvedField {
+  std::string name;
+  DataType dataType;
+  OpType opType;
+  std::uint32_t slot;
+};
+
+/// Compiles the expressions of one document (or of one model in it) into a `Program`.
+///
+///     TextPool pool;
+///     ExpressionCompiler compiler(pool, [&](std::string_view name) { return inputs.Find(name); });
+///     compiler.DeclareDerivedFields(pmml.Child("TransformationDictionary"));
+///     const ResolvedField& field = compiler.Resolve("log income", node);   // compiled now, once
+///     Program program = compiler.Finish();
+///
+/// Names are looked up innermost first: derived fields of the last declared dictionary, of the ones before it, then
+/// `inputs`. A derived field is compiled when it is first resolved, after everything that it uses, in whatever order
+/// the document holds them; one that is never resolved costs nothing while scoring. Errors are `PmmlError`s that name
+/// element, field and line: an unknown field, a cycle, an expression or function that isn't supported.
+///
+/// Slots: the compiler hands them out. `inputs` takes the slots of its fields from `NewSlot` as well.
+class KEL_EXPORT ExpressionCompiler {
+ public:
+  /// Gives an input field by name, or nothing if the model can't see such a field. Called once for each name.
+  using InputLookup = std::function<std::optional<ResolvedField>(std::string_view name)>;
+
+  ExpressionCompiler(TextPool& pool, InputLookup inputs);
+  ExpressionCompiler(const ExpressionCompiler&) = delete;
+  ExpressionCompiler& operator=(const ExpressionCompiler&) = delete;
+  ~ExpressionCompiler();
+
+  /// Declares the "DerivedField" children (and "DefineFunction"s) of a "TransformationDictionary" or
+  /// "LocalTransformations" element; no element declares nothing. The element tree must live until `Finish`.
+  void DeclareDerivedFields(const KelXML_1_3::Element& dictionary);
+  /// The names of all declared derived fields, in order of declaration.
+  [[nodiscard]] std::vector<std::string> DerivedFieldNames() const;
+
+  [[nodiscard]] std::uint32_t NewSlot();
+  /// The size that a frame needs.
+  [[nodiscard]] std::uint32_t SlotCount() const noexcept;
+
+  /// The field `name` as `referrer` sees it. The reference lives as long as the compiler. Throws if there is none.
+  const ResolvedField& Resolve(std::string_view name, const KelXML_1_3::Element& referrer);
+  /// The same, null instead of an error if there is no such field.
+  const ResolvedField* Find(std::string_view name, const KelXML_1_3::Element& referrer);
+
+  /// Compiles one expression element whose result is converted to `dataType` (kept as it comes without one), and
+  /// gives the field of its result.
+  ResolvedField CompileExpression(const KelXML_1_3::Element& expression, std::optional<DataType> dataType);
+
+  /// Hands over what was compiled since the last `Finish`, and starts a new program over the same slots. So a model
+  /// gets one program for its derived fields, and another for its outputs.
+  [[nodiscard]] Program Finish();
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> fImpl;
+};
+
+}  // namespace KelTransformNS

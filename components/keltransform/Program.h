@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "components/keltransform/Cell.h"
+#include "scoring/common/KelExport.h"
+
+namespace KelTransformNS {
+
+/// Compiled expressions: flat code over the slots of a frame. Immutable and shared by threads; a run allocates
+/// nothing. The text pool that it was compiled with must outlive it.
+class KEL_EXPORT Program {
+ public:
+  Program();
+  Program(Program&&) noexcept;
+  Program& operator=(Program&&) noexcept;
+  ~Program();
+
+  /// Computes everything, in the order of compilation, which puts what is used before what uses it.
+  void Run(Frame frame) const noexcept;
+  [[nodiscard]] bool IsEmpty() const noexcept;
+
+ private:
+  friend class ExpressionCompiler;
+  struct Code;
+  std::unique_ptr<Code> fCode;
+};
+
+}  // namespace KelTransformNS
