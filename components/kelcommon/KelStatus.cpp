@@ -1,0 +1,1 @@
+#include "scoring/common/KelStatus.h"
