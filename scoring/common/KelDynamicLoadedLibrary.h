@@ -21,6 +21,7 @@ class KEL_EXPORT KelDynamicLoadedLibrary {
   /// that can't name a library file (empty, or with control characters) gives an empty path and leaves a reason.
   static std::string KelDecorateDynamicPathName(const std::string& name);
 
+  /// Loads the library at `path`, which names a folder: nothing is searched for by a bare file name.
   KelDynamicLoadedLibrary(const std::string& path, int mode);
   ~KelDynamicLoadedLibrary();
   KelDynamicLoadedLibrary(const KelDynamicLoadedLibrary&) = delete;
@@ -31,7 +32,6 @@ class KEL_EXPORT KelDynamicLoadedLibrary {
 
  private:
   void* fHandle;
-  int fMode;
 };
 
 }  // namespace KelCommon_1_3

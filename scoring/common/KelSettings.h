@@ -68,6 +68,7 @@ class KEL_EXPORT KelSettings {
 
  private:
   bool Insert(std::unique_ptr<KelSetting> setting, bool replace);
+  void RemoveGaps();
 
   std::vector<std::unique_ptr<KelSetting>> fSettings;
   std::map<std::string, std::vector<std::size_t>> fPositions;  // name -> positions in fSettings, ascending

@@ -65,10 +65,15 @@ class KEL_EXPORT KelVarList {
   [[nodiscard]] std::vector<int> GetTargetIndices() const;
 
  private:
+  // Seeded by the process, so that no document can make names collide on purpose.
+  struct NameHash {
+    std::size_t operator()(const std::string& name) const;
+  };
+
   int Append(std::unique_ptr<IKelVariable> variable);
 
   std::vector<std::unique_ptr<IKelVariable>> fVariables;
-  std::unordered_map<std::string, int> fIndexByName;
+  std::unordered_map<std::string, int, NameHash> fIndexByName;
 };
 
 }  // namespace KelXML_1_3

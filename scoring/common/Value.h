@@ -5,6 +5,7 @@
 #include <string>
 
 #include "scoring/common/KelExport.h"
+#include "scoring/common/KelMV.h"
 
 namespace KelCommon_1_3 {
 
@@ -23,7 +24,7 @@ class KEL_EXPORT Value {
   /// The null value, to compare with or to assign from.
   static const Value NULL_VALUE;
 
-  Value() noexcept {}
+  constexpr Value() noexcept {}
   Value(int number) noexcept : fNumber(number), fKind(kNumber) {}
   Value(double number) noexcept : fNumber(number), fKind(kNumber) {}
   Value(const std::string& text) : fKind(kText), fText(text) {}
@@ -46,6 +47,7 @@ class KEL_EXPORT Value {
     fKind = kNumber;
     return *this;
   }
+  Value& operator=(int number) noexcept { return *this = static_cast<double>(number); }
   Value& operator=(const std::string& text) {
     fText = text;
     fKind = kText;
@@ -77,10 +79,12 @@ class KEL_EXPORT Value {
   }
 
   /// The number; for a text the number that the whole text is (white space of XML around it is allowed, the host's
-  /// locale doesn't matter); `KelMV::gMissingValue` for everything else.
+  /// locale doesn't matter); `KelMV::gMissingValue` for everything else. A numeric text is decimal, with a sign and an
+  /// exponent if it likes; words such as "inf" and "nan", hexadecimal digits and what is too large for a finite number
+  /// are no number.
   [[nodiscard]] double GetReal() const {
     if (fKind == kNumber) return fNumber;
-    return fKind == kText ? TextAsNumber() : MissingNumber();
+    return fKind == kText ? TextAsNumber() : KelMV::gMissingValue;
   }
   /// The text; for a number the shortest text that reads back as the same number; empty for null and members.
   [[nodiscard]] std::string GetString() const;
@@ -96,8 +100,9 @@ class KEL_EXPORT Value {
   [[nodiscard]] bool IsNull() const noexcept { return fKind == kNull; }
 
  private:
+  friend class ValueRecord;  // looks for records that lie within each other, the unused ones included
+
   static const std::string& EmptyText() noexcept;
-  static double MissingNumber() noexcept;
   [[nodiscard]] double TextAsNumber() const;
   void BecomeNumber();
   Value& AssignDeep(const Value& other);

@@ -89,8 +89,16 @@ class KEL_EXPORT ValueRecord {
   }
   [[noreturn]] static void ThrowOutOfRange(int position);
   [[nodiscard]] int Find(std::string_view name, std::uint64_t hash) const;
+  [[nodiscard]] int FindIndexed(std::string_view name, std::uint64_t hash) const;
+  [[nodiscard]] bool Matches(std::size_t position, std::string_view name, std::uint64_t hash) const;
+  int FindOrAppend(std::string_view name, std::uint64_t hash);
   int Append(std::string_view name, std::uint64_t hash);
-  void Reindex();
+  int AddHashed(std::string_view name, std::uint64_t hash, const Value& value);
+  void ReserveOneMore();
+  void Reindex(std::size_t slotCount);
+  void EnterIndex(std::int32_t position) noexcept;
+  [[nodiscard]] bool Encloses(const ValueRecord& record) const noexcept;
+  void Swap(ValueRecord& other) noexcept;
 
   std::vector<Value> fValues;
   std::vector<std::string> fNames;

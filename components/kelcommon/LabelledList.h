@@ -1,0 +1,80 @@
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <deque>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "components/kelcommon/Hashing.h"
+
+namespace KelXML_1_3 {
+
+/// What tells one number from another: -0 is 0, and NaN is itself.
+[[nodiscard]] inline std::uint64_t KeyOf(double number) {
+  if (std::isnan(number)) return ~std::uint64_t{0};  // the bits of a NaN that no computation gives
+  const double positiveZero = number + 0.0;
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &positiveZero, sizeof(bits));
+  return bits;
+}
+
+[[nodiscard]] inline std::string_view KeyOf(const std::string& text) { return text; }
+
+/// Distinct entries in the order of adding, each with an optional label. Entries are found by hash, so adding many is
+/// linear overall.
+template <typename Entry>
+class LabelledList {
+ public:
+  LabelledList() = default;
+  LabelledList(const LabelledList& other) {
+    for (const Entry& entry : other.fEntries) Append(entry);
+    fLabels = other.fLabels;
+  }
+  LabelledList& operator=(const LabelledList&) = delete;
+
+  /// An entry that is there is ignored together with its label.
+  void Add(const Entry& entry, const std::string& label) {
+    if (Find(entry) >= 0) return;
+    Append(entry);
+    if (label.empty()) return;
+    fLabels.resize(fEntries.size());
+    fLabels.back() = label;
+  }
+
+  /// -1 if the entry is absent.
+  [[nodiscard]] int Find(const Entry& entry) const {
+    const auto found = fPositions.find(KeyOf(entry));
+    return found == fPositions.end() ? -1 : found->second;
+  }
+
+  [[nodiscard]] int Size() const noexcept { return static_cast<int>(fEntries.size()); }
+  /// Null outside the list.
+  [[nodiscard]] const Entry* At(int index) const {
+    return index >= 0 && index < Size() ? &fEntries[static_cast<std::size_t>(index)] : nullptr;
+  }
+  /// Beside the entries; an empty one is no label, and those behind the last label are left out.
+  [[nodiscard]] const std::vector<std::string>& Labels() const noexcept { return fLabels; }
+
+ private:
+  using Key = decltype(KeyOf(Entry()));
+
+  struct Hash {
+    std::size_t operator()(std::uint64_t key) const { return KelCommon_1_3::HashBits(key); }
+    std::size_t operator()(std::string_view key) const { return KelCommon_1_3::HashBytes(key); }
+  };
+
+  void Append(const Entry& entry) {
+    fEntries.push_back(entry);
+    fPositions.emplace(KeyOf(fEntries.back()), Size() - 1);
+  }
+
+  std::deque<Entry> fEntries;  // entries stay where they are, as the keys of texts look at them
+  std::unordered_map<Key, int, Hash> fPositions;
+  std::vector<std::string> fLabels;
+};
+
+}  // namespace KelXML_1_3
