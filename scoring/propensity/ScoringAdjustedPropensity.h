@@ -52,6 +52,9 @@ class ScoringAdjustedPropensity {
   std::vector<double> fOutputWeights;  ///< of the unit at the output
   double fOutputBias = 0.0;
   bool fNetworkRead = false;  ///< whether `ReadNetwork` succeeded
+
+ private:
+  bool ReadNetworkFrom(std::istream& stream);
 };
 
 }  // namespace KelScoring_20
