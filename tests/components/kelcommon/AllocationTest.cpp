@@ -1,0 +1,122 @@
+// Counts the heap allocations of this program. It stands alone because it replaces the global operator new.
+
+#include <atomic>
+#include <cstdlib>
+#include <functional>
+#include <gtest/gtest.h>
+#include <new>
+#include <string>
+
+#include "scoring/common/Value.h"
+#include "scoring/common/ValueRecord.h"
+
+namespace {
+
+std::atomic<long> allocationCount{0};
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  ++allocationCount;
+  if (void* const memory = std::malloc(size)) return memory;
+  throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept { std::free(memory); }
+
+void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+
+namespace {
+
+using KelCommon_1_3::FieldKey;
+using KelCommon_1_3::Value;
+using KelCommon_1_3::ValueRecord;
+
+const std::string kLongText = "a text that is too long to lie in the value itself";
+
+long Count(const std::function<void()>& work) {
+  const long before = allocationCount;
+  work();
+  return allocationCount - before;
+}
+
+// The first round may allocate, the second one must not.
+long CountInSteadyState(const std::function<void()>& work) {
+  work();
+  return Count(work);
+}
+
+TEST(AllocationTest, Count_OfALongText_IsSeen) {
+  EXPECT_GE(Count([] { const Value text(kLongText); }), 1);
+}
+
+TEST(AllocationTest, NumbersAndNull_NeverAllocate) {
+  EXPECT_EQ(Count([] {
+              Value number(1.5);
+              Value copy(number);
+              Value null;
+              null = copy;
+              copy = Value::NULL_VALUE;
+              copy = 3;
+              number = std::move(copy);
+              number.SetNull();
+            }),
+            0);
+}
+
+TEST(AllocationTest, AlternatingKinds_SettleDown) {
+  Value value;
+  const Value text(kLongText);
+  EXPECT_EQ(CountInSteadyState([&] {
+              value = text;
+              value = 1.5;
+              value = kLongText;
+              value = Value();
+              value = kLongText.c_str();
+              value.SetNull();
+            }),
+            0);
+}
+
+TEST(AllocationTest, RecordByPositionOrKey_SettlesDown) {
+  ValueRecord record;
+  const FieldKey key("a field name of more than a few letters");
+  const std::string name = "another field name of more than a few letters";
+  record[key];
+  record[name];
+  EXPECT_EQ(CountInSteadyState([&] {
+              record[0] = 1.5;
+              record[1] = kLongText;
+              record[key] = 2.5;
+              record.Add(key, record.At(1));
+              record.Add(name, Value(3));
+              record.SetAllNull();
+            }),
+            0);
+}
+
+TEST(AllocationTest, RecordCopies_OfOneLayout_SettleDown) {
+  ValueRecord source;
+  source["a"] = kLongText;
+  source["b"]["x"] = 1;
+  source["b"]["y"] = kLongText;
+  for (int i = 0; i < 20; ++i) source["more" + std::to_string(i)] = i;
+  ValueRecord target;
+  EXPECT_EQ(CountInSteadyState([&] { target = source; }), 0);
+}
+
+TEST(AllocationTest, CompositeOutput_WrittenAnew_SettlesDown) {
+  ValueRecord output;
+  output["probcategory"];
+  const char* const names[] = {"a category with a rather long name", "b", "c"};
+  for (const char* const name : names) output[0][name];
+  EXPECT_EQ(CountInSteadyState([&] {
+              output.SetAllNull();
+              ValueRecord& members = output[0].MakeMembers();
+              for (int i = 0; i < members.Size(); ++i) members[i] = 0.25 * i;
+            }),
+            0);
+  EXPECT_EQ(output[0].Members()->Size(), 3);
+}
+
+}  // namespace
