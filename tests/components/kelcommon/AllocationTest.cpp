@@ -1,30 +1,9 @@
-// Counts the heap allocations of this program. It stands alone because it replaces the global operator new.
-
-#include <atomic>
-#include <cstdlib>
 #include <functional>
-#include <gtest/gtest.h>
-#include <new>
 #include <string>
 
 #include "scoring/common/Value.h"
 #include "scoring/common/ValueRecord.h"
-
-namespace {
-
-std::atomic<long> allocationCount{0};
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  ++allocationCount;
-  if (void* const memory = std::malloc(size)) return memory;
-  throw std::bad_alloc();
-}
-
-void operator delete(void* memory) noexcept { std::free(memory); }
-
-void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+#include "tests/components/kelcommon/AllocationCount.h"
 
 namespace {
 
@@ -35,9 +14,9 @@ using KelCommon_1_3::ValueRecord;
 const std::string kLongText = "a text that is too long to lie in the value itself";
 
 long Count(const std::function<void()>& work) {
-  const long before = allocationCount;
+  const long before = AllocationCount();
   work();
-  return allocationCount - before;
+  return AllocationCount() - before;
 }
 
 // The first round may allocate, the second one must not.
