@@ -1,6 +1,7 @@
 #include "components/kelcommon/Encoders.h"
 
 #include <cmath>
+#include <optional>
 
 #include "components/kelcommon/NumberText.h"
 #include "scoring/common/KelMV.h"
@@ -14,11 +15,6 @@ using KelCommon_1_3::TextToNumber;
 namespace {
 
 constexpr double kNoCategory = -1.0;
-
-std::string LabelAt(const std::vector<std::string>& labels, int index) {
-  const auto position = static_cast<std::size_t>(index);
-  return index >= 0 && position < labels.size() ? labels[position] : std::string();
-}
 
 std::string TextOf(const double* number) { return number != nullptr ? NumberToText(*number) : std::string(); }
 
@@ -45,11 +41,44 @@ bool BaseEncoder::GetInvalidRange(double& low, double& high) const {
   return true;
 }
 
+template <typename Entry>
+int ListEncoder<Entry>::GetValueCount() const {
+  return fValues.Size();
+}
+
+template <typename Entry>
+std::string ListEncoder<Entry>::GetStringValueAt(int index) const {
+  return TextOf(fValues.At(index));
+}
+
+template <typename Entry>
+const std::vector<std::string>* ListEncoder<Entry>::GetValueLabels() const {
+  return &fValues.Labels();
+}
+
+template <typename Entry>
+int ListEncoder<Entry>::GetMissingCount() const {
+  return fMissing.Size();
+}
+
+template <typename Entry>
+std::string ListEncoder<Entry>::GetMissingStringAt(int index) const {
+  return TextOf(fMissing.At(index));
+}
+
+template <typename Entry>
+std::string ListEncoder<Entry>::GetMissingLabelAt(int index) const {
+  const std::vector<std::string>& labels = fMissing.Labels();
+  const auto position = static_cast<std::size_t>(index);
+  return index >= 0 && position < labels.size() ? labels[position] : std::string();
+}
+
+template class ListEncoder<double>;
+template class ListEncoder<std::string>;
+
 std::unique_ptr<BaseEncoder> NumericEncoder::Clone() const { return std::make_unique<NumericEncoder>(*this); }
 
 int NumericEncoder::GetValueKind() const { return kNumericKind; }
-
-int NumericEncoder::GetValueCount() const { return fValues.Size(); }
 
 void NumericEncoder::AddStringValue(const std::string& /*value*/, const std::string& /*label*/) {}
 
@@ -62,16 +91,14 @@ double NumericEncoder::EncodeString(const std::string& value) const {
   return number ? EncodeNumber(*number) : kNoCategory;
 }
 
-double NumericEncoder::EncodeNumber(double value) const { return fValues.Find(value); }
+double NumericEncoder::EncodeNumber(double value) const { return fValues.Find(value).value_or(kNoCategory); }
 
 bool NumericEncoder::IsMissingString(const std::string& value) const {
   const std::optional<double> number = TextToNumber(value);
   return number && IsMissingNumber(*number);
 }
 
-bool NumericEncoder::IsMissingNumber(double value) const { return fMissing.Find(value) >= 0; }
-
-std::string NumericEncoder::GetStringValueAt(int index) const { return TextOf(fValues.At(index)); }
+bool NumericEncoder::IsMissingNumber(double value) const { return fMissing.Find(value).has_value(); }
 
 double NumericEncoder::GetNumericValueAt(int index) const {
   const double* const value = fValues.At(index);
@@ -82,33 +109,21 @@ void NumericEncoder::AddMissingNumber(double value, const std::string& label) { 
 
 void NumericEncoder::AddMissingString(const std::string& /*value*/, const std::string& /*label*/) {}
 
-const std::vector<std::string>* NumericEncoder::GetValueLabels() const { return &fValues.Labels(); }
-
-int NumericEncoder::GetMissingCount() const { return fMissing.Size(); }
-
-std::string NumericEncoder::GetMissingStringAt(int index) const { return TextOf(fMissing.At(index)); }
-
-std::string NumericEncoder::GetMissingLabelAt(int index) const { return LabelAt(fMissing.Labels(), index); }
-
 std::unique_ptr<BaseEncoder> StringEncoder::Clone() const { return std::make_unique<StringEncoder>(*this); }
 
 int StringEncoder::GetValueKind() const { return kStringKind; }
-
-int StringEncoder::GetValueCount() const { return fValues.Size(); }
 
 void StringEncoder::AddStringValue(const std::string& value, const std::string& label) { fValues.Add(value, label); }
 
 void StringEncoder::AddNumericValue(double /*value*/, const std::string& /*label*/) {}
 
-double StringEncoder::EncodeString(const std::string& value) const { return fValues.Find(value); }
+double StringEncoder::EncodeString(const std::string& value) const { return fValues.Find(value).value_or(kNoCategory); }
 
 double StringEncoder::EncodeNumber(double /*value*/) const { return kNoCategory; }
 
-bool StringEncoder::IsMissingString(const std::string& value) const { return fMissing.Find(value) >= 0; }
+bool StringEncoder::IsMissingString(const std::string& value) const { return fMissing.Find(value).has_value(); }
 
 bool StringEncoder::IsMissingNumber(double /*value*/) const { return false; }
-
-std::string StringEncoder::GetStringValueAt(int index) const { return TextOf(fValues.At(index)); }
 
 double StringEncoder::GetNumericValueAt(int index) const {
   return TextToNumber(GetStringValueAt(index)).value_or(KelMV::gMissingValue);
@@ -117,13 +132,5 @@ double StringEncoder::GetNumericValueAt(int index) const {
 void StringEncoder::AddMissingNumber(double /*value*/, const std::string& /*label*/) {}
 
 void StringEncoder::AddMissingString(const std::string& value, const std::string& label) { fMissing.Add(value, label); }
-
-const std::vector<std::string>* StringEncoder::GetValueLabels() const { return &fValues.Labels(); }
-
-int StringEncoder::GetMissingCount() const { return fMissing.Size(); }
-
-std::string StringEncoder::GetMissingStringAt(int index) const { return TextOf(fMissing.At(index)); }
-
-std::string StringEncoder::GetMissingLabelAt(int index) const { return LabelAt(fMissing.Labels(), index); }
 
 }  // namespace KelXML_1_3

@@ -9,7 +9,7 @@
 
 namespace KelXML_1_3 {
 
-/// What encoders of both kinds share, and how variables copy them.
+/// What encoders of all kinds share, and how variables copy them.
 class BaseEncoder : public IKelEncoder {
  public:
   ~BaseEncoder() override;
@@ -27,57 +27,53 @@ class BaseEncoder : public IKelEncoder {
   double fInvalidHigh = 0.0;
 };
 
-/// The encoder of numbers: of a categorical variable with numeric categories, or of a continuous one, which has none.
-/// A text stands for the number that it is.
-class NumericEncoder : public BaseEncoder {
+/// Categories and declared missing values of one type, `double` or `std::string`.
+template <typename Entry>
+class ListEncoder : public BaseEncoder {
  public:
-  [[nodiscard]] std::unique_ptr<BaseEncoder> Clone() const override;
-  [[nodiscard]] int GetValueKind() const override;
   [[nodiscard]] int GetValueCount() const override;
-  void AddStringValue(const std::string& value, const std::string& label) override;
-  void AddNumericValue(double value, const std::string& label) override;
-  [[nodiscard]] double EncodeString(const std::string& value) const override;
-  [[nodiscard]] double EncodeNumber(double value) const override;
-  [[nodiscard]] bool IsMissingString(const std::string& value) const override;
-  [[nodiscard]] bool IsMissingNumber(double value) const override;
   [[nodiscard]] std::string GetStringValueAt(int index) const override;
-  [[nodiscard]] double GetNumericValueAt(int index) const override;
-  void AddMissingNumber(double value, const std::string& label) override;
-  void AddMissingString(const std::string& value, const std::string& label) override;
   [[nodiscard]] const std::vector<std::string>* GetValueLabels() const override;
   [[nodiscard]] int GetMissingCount() const override;
   [[nodiscard]] std::string GetMissingStringAt(int index) const override;
   [[nodiscard]] std::string GetMissingLabelAt(int index) const override;
 
- private:
-  LabelledList<double> fValues;
-  LabelledList<double> fMissing;
+ protected:
+  LabelledList<Entry> fValues;
+  LabelledList<Entry> fMissing;
 };
 
-/// The encoder of texts. It knows no number.
-class StringEncoder : public BaseEncoder {
+/// The encoder of numbers: of a categorical variable with numeric categories, or of a continuous one, which has none.
+/// A text that is asked about stands for the number that it is; one that is added is ignored.
+class NumericEncoder : public ListEncoder<double> {
  public:
   [[nodiscard]] std::unique_ptr<BaseEncoder> Clone() const override;
   [[nodiscard]] int GetValueKind() const override;
-  [[nodiscard]] int GetValueCount() const override;
   void AddStringValue(const std::string& value, const std::string& label) override;
   void AddNumericValue(double value, const std::string& label) override;
   [[nodiscard]] double EncodeString(const std::string& value) const override;
   [[nodiscard]] double EncodeNumber(double value) const override;
   [[nodiscard]] bool IsMissingString(const std::string& value) const override;
   [[nodiscard]] bool IsMissingNumber(double value) const override;
-  [[nodiscard]] std::string GetStringValueAt(int index) const override;
   [[nodiscard]] double GetNumericValueAt(int index) const override;
   void AddMissingNumber(double value, const std::string& label) override;
   void AddMissingString(const std::string& value, const std::string& label) override;
-  [[nodiscard]] const std::vector<std::string>* GetValueLabels() const override;
-  [[nodiscard]] int GetMissingCount() const override;
-  [[nodiscard]] std::string GetMissingStringAt(int index) const override;
-  [[nodiscard]] std::string GetMissingLabelAt(int index) const override;
+};
 
- private:
-  LabelledList<std::string> fValues;
-  LabelledList<std::string> fMissing;
+/// The encoder of texts. It knows no number and ignores one that is added.
+class StringEncoder : public ListEncoder<std::string> {
+ public:
+  [[nodiscard]] std::unique_ptr<BaseEncoder> Clone() const override;
+  [[nodiscard]] int GetValueKind() const override;
+  void AddStringValue(const std::string& value, const std::string& label) override;
+  void AddNumericValue(double value, const std::string& label) override;
+  [[nodiscard]] double EncodeString(const std::string& value) const override;
+  [[nodiscard]] double EncodeNumber(double value) const override;
+  [[nodiscard]] bool IsMissingString(const std::string& value) const override;
+  [[nodiscard]] bool IsMissingNumber(double value) const override;
+  [[nodiscard]] double GetNumericValueAt(int index) const override;
+  void AddMissingNumber(double value, const std::string& label) override;
+  void AddMissingString(const std::string& value, const std::string& label) override;
 };
 
 }  // namespace KelXML_1_3

@@ -35,6 +35,10 @@ bool IsFile(const std::string& path) {
 
 // A file that is in neither place is named as if it were in the first, where people look for it.
 std::string FindBesideThisLibrary(const std::string& baseName) {
+  if (PlatformLoader::OwnFolder().empty()) {
+    KelDiagnostics::Report("the folder of the common library can't be found, so no plug-in can be");
+    return {};
+  }
   const std::string home = PlatformLoader::OwnFolder() + '/';
   const std::string beside = FileIn(home, baseName);
   const std::string inPlugIns = FileIn(home + kPlugInFolder + '/', baseName);

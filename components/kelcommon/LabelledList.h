@@ -1,9 +1,10 @@
 #pragma once
 
+#include <bit>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <deque>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -15,11 +16,8 @@ namespace KelXML_1_3 {
 
 /// What tells one number from another: -0 is 0, and NaN is itself.
 [[nodiscard]] inline std::uint64_t KeyOf(double number) {
-  if (std::isnan(number)) return ~std::uint64_t{0};  // the bits of a NaN that no computation gives
-  const double positiveZero = number + 0.0;
-  std::uint64_t bits = 0;
-  std::memcpy(&bits, &positiveZero, sizeof(bits));
-  return bits;
+  if (std::isnan(number)) return ~std::uint64_t{0};   // the bits of a NaN that no computation gives
+  return std::bit_cast<std::uint64_t>(number + 0.0);  // the sum turns -0 into 0
 }
 
 [[nodiscard]] inline std::string_view KeyOf(const std::string& text) { return text; }
@@ -38,17 +36,18 @@ class LabelledList {
 
   /// An entry that is there is ignored together with its label.
   void Add(const Entry& entry, const std::string& label) {
-    if (Find(entry) >= 0) return;
+    if (Find(entry)) return;
     Append(entry);
     if (label.empty()) return;
     fLabels.resize(fEntries.size());
     fLabels.back() = label;
   }
 
-  /// -1 if the entry is absent.
-  [[nodiscard]] int Find(const Entry& entry) const {
+  /// The entry's position, nothing if it is absent.
+  [[nodiscard]] std::optional<int> Find(const Entry& entry) const {
     const auto found = fPositions.find(KeyOf(entry));
-    return found == fPositions.end() ? -1 : found->second;
+    if (found == fPositions.end()) return std::nullopt;
+    return found->second;
   }
 
   [[nodiscard]] int Size() const noexcept { return static_cast<int>(fEntries.size()); }

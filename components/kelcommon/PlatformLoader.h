@@ -18,7 +18,8 @@ void* Open(const std::string& path, bool keepLoaded, std::string& reason);
 void* FindSymbol(void* library, const std::string& symbol, std::string& reason);
 void Close(void* library) noexcept;
 
-/// The absolute path of the folder that holds the library with this code, as it was when that was loaded.
+/// The absolute path of the folder that holds the library with this code, as it was when that was loaded. Empty if the
+/// platform doesn't know.
 const std::string& OwnFolder() noexcept;
 
 }  // namespace KelCommon_1_3::PlatformLoader

@@ -110,16 +110,16 @@ bool Value::operator==(const Value& other) const {
   return false;
 }
 
-Value& Value::operator[](const std::string& name) {
-  if (fKind != kMembers) {
-    const std::string ownName = name;  // it may stand in what is dropped here
-    MakeMembers().Clear();
-    return (*fMembers)[ownName];
-  }
-  return (*fMembers)[name];
-}
+Value& Value::operator[](const std::string& name) { return fKind == kMembers ? (*fMembers)[name] : StartMembers(name); }
 
-Value& Value::operator[](const char* name) { return (*this)[std::string(name)]; }
+Value& Value::operator[](const char* name) { return fKind == kMembers ? (*fMembers)[name] : StartMembers(name); }
+
+// `name` is a copy, because the caller's may stand in what is dropped here.
+Value& Value::StartMembers(std::string name) {
+  ValueRecord& members = MakeMembers();
+  members.Clear();
+  return members[name];
+}
 
 std::string Value::GetString() const {
   if (fKind == kNumber) return NumberToText(fNumber);

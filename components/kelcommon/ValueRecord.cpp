@@ -12,8 +12,9 @@ namespace {
 
 // Up to this many names, looking through the hashes one by one is faster than an index.
 constexpr std::size_t kUnindexedSize = 16;
-// The index has at least twice as many slots as names, so a search ends after a slot or two.
+// The index has a power of two of slots and at least twice as many as names, so a search ends after a slot or two.
 constexpr std::size_t kSlotsPerName = 2;
+constexpr std::size_t kFirstIndexSize = 128;
 constexpr std::size_t kFirstCapacity = 8;
 // An expected size comes from a caller's estimate; one that is far off must not cost memory.
 constexpr int kLargestExpectedSize = 4096;
@@ -158,12 +159,11 @@ void ValueRecord::ReserveOneMore() {
     fHashes.reserve(capacity);
     fValues.reserve(capacity);
   }
-  if (size >= kUnindexedSize && (size + 1) * kSlotsPerName > fIndex.size()) Reindex(4 * kSlotsPerName * kUnindexedSize);
+  if (size >= kUnindexedSize && (size + 1) * kSlotsPerName > fIndex.size()) Reindex();
 }
 
-// Builds the index anew, with `least` slots or the double of what it had: a power of two in either case.
-void ValueRecord::Reindex(std::size_t least) {
-  std::vector<std::int32_t> slots(std::max(least, 2 * fIndex.size()), kFreeSlot);
+void ValueRecord::Reindex() {
+  std::vector<std::int32_t> slots(std::max(kFirstIndexSize, 2 * fIndex.size()), kFreeSlot);
   fIndex.swap(slots);
   for (std::size_t i = 0; i < fHashes.size(); ++i) EnterIndex(static_cast<std::int32_t>(i));
 }

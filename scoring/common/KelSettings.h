@@ -3,6 +3,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "scoring/common/IKelSettingValue.h"
@@ -52,6 +53,10 @@ class KEL_EXPORT KelSettings {
   bool AddSetting(const std::string& name, const KelVecValue<std::string>& value, bool replace);
   bool AddSetting(const std::string& name, const KelVecValue<KelCommon_1_3::Value>& value, bool replace);
   bool AddSetting(const std::string& name, const KelSettings& value, bool replace);
+  /// A number or a pointer would silently become a bool.
+  template <typename T>
+  requires(std::is_arithmetic_v<T> || (std::is_pointer_v<T> && !std::is_convertible_v<T, const char*>)) bool AddSetting(
+      const std::string& name, T value, bool replace) = delete;
 
   /// Fills `names` with the distinct names in the order of their first adding.
   void GetSettingNames(std::vector<std::string>& names) const;

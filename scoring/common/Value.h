@@ -15,7 +15,7 @@ class ValueRecord;
 ///
 /// A copy is deep and independent. Copying or assigning a number or null never allocates. A value that changes its
 /// kind keeps its text buffer, so that a field that alternates between null and text settles down to no allocation.
-/// A value belongs to one thread at a time.
+/// A value that is moved from is null. A value belongs to one thread at a time.
 class KEL_EXPORT Value {
  public:
   /// What `GetType` gives. Values of different kinds order by these numbers.
@@ -105,6 +105,7 @@ class KEL_EXPORT Value {
   static const std::string& EmptyText() noexcept;
   [[nodiscard]] double TextAsNumber() const;
   void BecomeNumber();
+  Value& StartMembers(std::string name);
   Value& AssignDeep(const Value& other);
 
   struct DeleteRecord {

@@ -95,7 +95,7 @@ class KEL_EXPORT ValueRecord {
   int Append(std::string_view name, std::uint64_t hash);
   int AddHashed(std::string_view name, std::uint64_t hash, const Value& value);
   void ReserveOneMore();
-  void Reindex(std::size_t slotCount);
+  void Reindex();
   void EnterIndex(std::int32_t position) noexcept;
   [[nodiscard]] bool Encloses(const ValueRecord& record) const noexcept;
   void Swap(ValueRecord& other) noexcept;

@@ -1,6 +1,5 @@
-#include <gtest/gtest.h>
-
 #include <functional>
+#include <gtest/gtest.h>
 #include <string>
 
 #include "scoring/common/Value.h"
@@ -95,6 +94,7 @@ TEST(AllocationTest, CompositeOutput_WrittenAnew_SettlesDown) {
               output.SetAllNull();
               ValueRecord& members = output[0].MakeMembers();
               for (int i = 0; i < members.Size(); ++i) members[i] = 0.25 * i;
+              output[0][names[0]] = 1;
             }),
             0);
   EXPECT_EQ(output[0].Members()->Size(), 3);
