@@ -1,0 +1,153 @@
+#include "tools/kelscore/Arguments.h"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <string_view>
+
+#include "tools/kelscore/Failure.h"
+
+namespace kelscore {
+namespace {
+
+constexpr unsigned kMostThreads = 256;
+
+constexpr char kAbout[] = "kelscore scores tables of records with PMML models.";
+constexpr char kExamples[] = R"(
+Examples:
+  kelscore describe model.pmml                     what the model reads and gives
+  kelscore score model.pmml data.csv               scores every row to standard output
+  kelscore score model.pmml data.csv -o out.csv --outputs prediction,probability
+  cat data.csv | kelscore score model.pmml - --no-input --missing NA --threads 4
+
+Exit status: 0 success, 1 some rows failed, 2 bad usage, 3 the model can't be created, 4 input or output failed.)";
+
+// "KEY=VALUE" in two.
+std::pair<std::string, std::string> Split(const std::string& option, const std::string& text) {
+  const std::size_t equals = text.find('=');
+  if (equals == std::string::npos || equals == 0 || equals + 1 == text.size())
+    throw Failure(kBadUsage, option + " needs the form NAME=VALUE, not \"" + text + "\"");
+  return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
+char ReadDelimiter(const std::string& text) {
+  if (text == "tab" || text == "\\t") return '\t';
+  if (text.size() == 1 && std::string_view("\"\r\n").find(text[0]) == std::string_view::npos) return text[0];
+  throw Failure(kBadUsage, "--delimiter needs one character (not a quote or a line break) or \"tab\"");
+}
+
+/// The options of one command, and what they are read into.
+class ModelOptions {
+ public:
+  explicit ModelOptions(CLI::App& command) {
+    command.add_option("MODEL", fModel.path, "PMML document")->required();
+    command.add_option("--plugin-dir", fModel.pluginDir, "folder of the plug-ins; default: beside the library")
+        ->type_name("DIR");
+    Repeatable(command, "--dll", fDlls, "plug-in NAME scores models of kind ELEMENT; repeatable", "ELEMENT=NAME");
+  }
+
+  static void Repeatable(CLI::App& command, const char* name, std::vector<std::string>& values, const char* help,
+                         const char* type) {
+    command.add_option(name, values, help)->type_name(type)->allow_extra_args(false);
+  }
+
+  [[nodiscard]] ModelArguments Get() const {
+    ModelArguments model = fModel;
+    for (const std::string& dll : fDlls) model.dlls.push_back(Split("--dll", dll));
+    return model;
+  }
+
+ private:
+  ModelArguments fModel;
+  std::vector<std::string> fDlls;
+};
+
+class ScoreOptions {
+ public:
+  explicit ScoreOptions(CLI::App& app)
+      : fCommand(*app.add_subcommand("score", "Scores a table: a header row, then one row per record")),
+        fModel(fCommand) {
+    fCommand.add_option("INPUT", fScore.input, "table of records; - is standard input")->required();
+    fCommand.add_option("-o,--output", fScore.output, "scored table; default: standard output")->type_name("FILE");
+    fCommand.add_option("--outputs", fScore.outputs, "outputs to write; default: all that the model has")
+        ->type_name("NAME,...")
+        ->delimiter(',')
+        ->allow_extra_args(false);
+    fCommand.add_flag("--no-input", fNoInput, "write the outputs only, without the input columns");
+    fCommand.add_option("--delimiter", fDelimiter, "between fields, of input and output; default: comma")
+        ->type_name("CHAR|tab");
+    ModelOptions::Repeatable(fCommand, "--missing", fScore.missingTokens,
+                             "a field with this text has no value, as an empty one; repeatable", "TOKEN");
+    fCommand.add_option("--threads", fScore.threads, "threads that score; default: 1")
+        ->check(CLI::Range(1U, kMostThreads))
+        ->type_name("N");
+    fCommand.add_option("--on-error", fOnError, "stop at a row that can't be scored (default), or skip it")
+        ->check(CLI::IsMember({"stop", "skip"}))
+        ->type_name("stop|skip");
+    fCommand.add_option("--error-column", fScore.errorColumn, "add a column with the reason of a failed row")
+        ->type_name("NAME");
+  }
+
+  [[nodiscard]] bool IsChosen() const { return fCommand.parsed(); }
+  [[nodiscard]] ScoreArguments Get() const {
+    ScoreArguments score = fScore;
+    score.model = fModel.Get();
+    score.writeInput = !fNoInput;
+    score.delimiter = ReadDelimiter(fDelimiter);
+    score.skipFailedRows = fOnError == "skip";
+    return score;
+  }
+
+ private:
+  CLI::App& fCommand;
+  ModelOptions fModel;
+  ScoreArguments fScore;
+  bool fNoInput = false;
+  std::string fDelimiter = ",";
+  std::string fOnError = "stop";
+};
+
+class DescribeOptions {
+ public:
+  explicit DescribeOptions(CLI::App& app)
+      : fCommand(*app.add_subcommand("describe", "Tells inputs, target, categories and outputs of a model")),
+        fModel(fCommand) {
+    fCommand.add_option("--format", fFormat, "text (default) or json")
+        ->check(CLI::IsMember({"text", "json"}))
+        ->type_name("text|json");
+  }
+
+  [[nodiscard]] bool IsChosen() const { return fCommand.parsed(); }
+  [[nodiscard]] DescribeArguments Get() const { return {fModel.Get(), fFormat == "json"}; }
+
+ private:
+  CLI::App& fCommand;
+  ModelOptions fModel;
+  std::string fFormat = "text";
+};
+
+std::string FirstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
+
+}  // namespace
+
+Command ReadArguments(int count, const char* const* arguments) {
+  CLI::App app(kAbout, "kelscore");
+  app.footer(kExamples);
+  app.set_version_flag("--version", KELSCORE_VERSION);
+  app.require_subcommand(0, 1);
+  const ScoreOptions score(app);
+  const DescribeOptions describe(app);
+  try {
+    app.parse(count, arguments);
+  } catch (const CLI::Success& help) {
+    app.exit(help);
+    return {};
+  } catch (const CLI::ParseError& error) {
+    throw Failure(kBadUsage, FirstLine(error.what()) + " (see kelscore --help)");
+  }
+  if (score.IsChosen()) return score.Get();
+  if (describe.IsChosen()) return describe.Get();
+  std::cout << app.help();
+  return {};
+}
+
+}  // namespace kelscore

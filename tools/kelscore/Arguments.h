@@ -1,0 +1,41 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace kelscore {
+
+/// Where a model comes from.
+struct ModelArguments {
+  std::string path;
+  std::string pluginDir;                                  ///< empty: the plug-in beside the library
+  std::vector<std::pair<std::string, std::string>> dlls;  ///< model element (or "Torvane") and base name of a plug-in
+};
+
+struct ScoreArguments {
+  ModelArguments model;
+  std::string input;
+  std::string output = "-";
+  std::vector<std::string> outputs;  ///< empty: all
+  bool writeInput = true;
+  char delimiter = ',';
+  std::vector<std::string> missingTokens;
+  unsigned threads = 1;
+  bool skipFailedRows = false;
+  std::string errorColumn;  ///< empty: none
+};
+
+struct DescribeArguments {
+  ModelArguments model;
+  bool json = false;
+};
+
+/// What is left to do when the arguments are read: nothing when help or version was asked for, which is printed.
+using Command = std::variant<std::monostate, ScoreArguments, DescribeArguments>;
+
+/// Reads the command line. Throws `Failure` (bad usage).
+[[nodiscard]] Command ReadArguments(int count, const char* const* arguments);
+
+}  // namespace kelscore
