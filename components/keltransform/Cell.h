@@ -8,12 +8,13 @@
 #include <string_view>
 
 #include "scoring/common/KelExport.h"
+#include "scoring/common/KelMV.h"
 #include "scoring/common/Value.h"
 
 namespace KelTransformNS {
 
-/// PMML's data types. Booleans are numbers 0 and 1 in a cell; dates and times are numbers too (days or seconds, as the
-/// type says; "date" counts days, "time" seconds of the day, "dateTime" seconds, from 1970).
+/// The data types of PMML. Booleans are numbers 0 and 1 in a cell; dates and times are numbers too (days or seconds, as
+/// the type says; "date" counts days, "time" seconds of the day, "dateTime" seconds, from 1970).
 enum class DataType : std::uint8_t {
   kString,
   kInteger,
@@ -79,21 +80,41 @@ struct Cell {
 /// The slots of one record's scoring, owned by the call.
 using Frame = std::span<Cell>;
 
-/// Turns a record's value into a cell of a data type: null is missing, NaN is missing, what can't be converted is
-/// invalid. A text for a numeric type is read whole; a number for a string type becomes its shortest text. The cell
-/// points into `value` and `pool`. Allocates nothing.
-[[nodiscard]] KEL_EXPORT Cell ReadCell(const KelCommon_1_3::Value& value, DataType type, const TextPool& pool) noexcept;
+/// The general case of `ReadCell`.
+[[nodiscard]] KEL_EXPORT Cell ReadAnyCell(const KelCommon_1_3::Value& value, DataType type,
+                                          const TextPool& pool) noexcept;
 
-/// The same for a literal of a document, whose text is interned; `kInvalid` if the literal isn't of the type.
+/// Turns a record's value into a cell of a data type. Null, NaN and the number `KelMV::gMissingValue` are missing; what
+/// can't be converted is invalid. A text for a numeric type is read whole, one for a date or time also in its lexical
+/// form; a number for a string type becomes its shortest text. "integer" takes numbers without a fraction only,
+/// "boolean" 0 and 1 only, "float" rounds to single precision. The cell points into `value` and `pool`. Allocates
+/// nothing.
+[[nodiscard]] inline Cell ReadCell(const KelCommon_1_3::Value& value, DataType type, const TextPool& pool) noexcept {
+  if (type == DataType::kDouble && value.GetType() == KelCommon_1_3::Value::kNumber) {
+    const double number = value.GetReal();
+    const bool isMissing = number != number || number == KelCommon_1_3::KelMV::gMissingValue;
+    return isMissing ? Cell::Missing() : Cell::Number(number);
+  }
+  return ReadAnyCell(value, type, pool);
+}
+
+/// The same for a literal of a document, whose text is interned; `kInvalid` if the literal isn't of the type, missing
+/// for the number NaN.
 [[nodiscard]] KEL_EXPORT Cell ReadLiteral(std::string_view text, DataType type, TextPool& pool);
 
 /// Writes a cell into a record's value: missing and invalid as null, booleans as the texts "true" and "false", dates
-/// and times of the types "date", "time" and "dateTime" in their lexical form, other numbers as numbers.
+/// and times of the types "date", "time" and "dateTime" in their lexical form, other numbers as numbers. `ReadCell` of
+/// the same type reads the cell back (times to the microsecond).
 KEL_EXPORT void WriteCell(const Cell& cell, DataType type, KelCommon_1_3::Value& value);
 
 /// The type named by a "dataType" attribute (also with the prefix "xs:"); false if there is none of that name.
 [[nodiscard]] KEL_EXPORT bool ParseDataType(std::string_view name, DataType& type) noexcept;
 [[nodiscard]] KEL_EXPORT bool ParseOpType(std::string_view name, OpType& type) noexcept;
+/// The name of a type as a "dataType" attribute has it.
+[[nodiscard]] KEL_EXPORT std::string_view DataTypeName(DataType type) noexcept;
+/// The kind of a field that declares its data type only: texts and booleans are categorical, numbers continuous, dates
+/// and times ordinal.
+[[nodiscard]] KEL_EXPORT OpType ImpliedOpType(DataType type) noexcept;
 [[nodiscard]] inline bool IsText(DataType type) noexcept { return type == DataType::kString; }
 
 }  // namespace KelTransformNS

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -7,6 +8,7 @@
 
 #include "components/kelparsexml/ElementTree.h"
 #include "components/keltransform/Cell.h"
+#include "components/keltransform/Hashing.h"
 
 namespace KelTransformNS {
 
@@ -22,7 +24,8 @@ struct KEL_EXPORT Interval {
   }
 };
 
-/// Reads an "Interval" element. Throws `PmmlError` for an unknown closure, a malformed margin, or no margin.
+/// Reads an "Interval" element. Throws `PmmlError` for an unknown closure, a malformed margin, no margin, or a left
+/// margin above the right one.
 KEL_EXPORT Interval ReadInterval(const KelXML_1_3::Element& element);
 
 /// A "DataField" as the document declares it.
@@ -52,7 +55,7 @@ class KEL_EXPORT DataDictionary {
 
  private:
   std::vector<FieldDeclaration> fFields;
-  std::unordered_map<std::string, std::size_t> fByName;
+  std::unordered_map<std::string, std::size_t, NameHash, std::equal_to<>> fByName;
 };
 
 }  // namespace KelTransformNS

@@ -21,7 +21,11 @@ struct ResolvedField {
   DataType dataType;
   OpType opType;
   std::uint32_t slot;
+  std::vector<std::string> values = {};  ///< of an ordinal derived field that lists its values: these, in their order
 };
+
+/// The expression among the children of an element such as "DerivedField"; no element if there is none.
+[[nodiscard]] KEL_EXPORT KelXML_1_3::Element FindExpression(const KelXML_1_3::Element& parent);
 
 /// Compiles the expressions of one document (or of one model in it) into a `Program`.
 ///
@@ -32,11 +36,17 @@ struct ResolvedField {
 ///     Program program = compiler.Finish();
 ///
 /// Names are looked up innermost first: derived fields of the last declared dictionary, of the ones before it, then
-/// `inputs`. A derived field is compiled when it is first resolved, after everything that it uses, in whatever order
-/// the document holds them; one that is never resolved costs nothing while scoring. Errors are `PmmlError`s that name
-/// element, field and line: an unknown field, a cycle, an expression or function that isn't supported.
+/// `inputs`. A derived field itself sees its own dictionary and those declared before it, not the ones after. It is
+/// compiled when it is first resolved, after everything that it uses, in whatever order the document holds them; one
+/// that is never resolved costs nothing while scoring. Errors are `PmmlError`s that name element, field and line: an
+/// unknown field, a cycle, an expression or function that isn't supported. After an error the compiler can go on with
+/// other fields.
 ///
-/// Slots: the compiler hands them out. `inputs` takes the slots of its fields from `NewSlot` as well.
+/// While a record is scored, an invalid input makes the result invalid; a missing one does what the expression says of
+/// missing values. A result that can't be converted to its data type, such as a fraction to an integer, is invalid.
+///
+/// Slots: the compiler hands them out. `inputs` takes the slots of its fields from `NewSlot` as well. A field whose
+/// expression only hands on another one shares its slot, so slots are for reading once the inputs are in place.
 class KEL_EXPORT ExpressionCompiler {
  public:
   /// Gives an input field by name, or nothing if the model can't see such a field. Called once for each name.

@@ -22,8 +22,12 @@ class KEL_EXPORT Program {
   void Run(Frame frame) const noexcept;
   [[nodiscard]] bool IsEmpty() const noexcept;
 
+  /// The part of the program that computes the slots marked in `needed` (one mark per slot of the frame). Marks the
+  /// slots that this part reads as well, so that the caller sees which inputs it must fill.
+  [[nodiscard]] Program Select(std::vector<bool>& needed) const;
+
  private:
-  friend class ExpressionCompiler;
+  friend class CodeBuilder;
   struct Code;
   std::unique_ptr<Code> fCode;
 };

@@ -1,0 +1,39 @@
+#include "components/keltransform/Attributes.h"
+
+namespace KelTransformNS {
+
+using KelXML_1_3::Element;
+
+std::optional<DataType> ReadDataType(const Element& element) {
+  for (const std::string_view attribute : {"dataType", "datatype"}) {
+    const auto name = element.Attribute(attribute);
+    DataType type{};
+    if (!name) continue;
+    if (!ParseDataType(*name, type)) throw element.AttributeError(attribute, "is no data type");
+    return type;
+  }
+  return std::nullopt;
+}
+
+std::optional<OpType> ReadOpType(const Element& element) {
+  const auto name = element.Attribute("optype");
+  OpType type{};
+  if (!name) return std::nullopt;
+  if (!ParseOpType(*name, type)) throw element.AttributeError("optype", "is none of categorical, ordinal, continuous");
+  return type;
+}
+
+std::size_t ReadChoice(const Element& element, std::string_view attribute, const std::string_view* names,
+                       std::size_t count) {
+  const std::string_view value = element.Required(attribute);
+  std::string list;
+  for (std::size_t index = 0; index < count; ++index) {
+    if (names[index] == value) return index;
+    list.append(index == 0 ? "" : ", ").append(names[index]);
+  }
+  throw element.AttributeError(attribute, "is none of " + list);
+}
+
+std::string Quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
+
+}  // namespace KelTransformNS

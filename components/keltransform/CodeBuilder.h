@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "components/kelparsexml/ElementTree.h"
+#include "components/keltransform/Code.h"
+
+namespace KelTransformNS {
+
+/// A compiled expression: where its value stands, and the data type of that value.
+struct CompiledValue {
+  Operand operand;
+  DataType type;
+};
+
+/// Writes the code of one program after the other, over the same slots.
+class CodeBuilder {
+ public:
+  explicit CodeBuilder(TextPool& pool);
+
+  [[nodiscard]] TextPool& Pool() noexcept { return fPool; }
+  /// The tables of the program being written.
+  [[nodiscard]] Tables& Data() noexcept { return *fTables; }
+
+  [[nodiscard]] std::uint32_t NewSlot() noexcept { return fSlotCount++; }
+  [[nodiscard]] std::uint32_t SlotCount() const noexcept { return fSlotCount; }
+
+  [[nodiscard]] CompiledValue Constant(const Cell& cell, DataType type);
+  /// Adds an instruction whose result, of data type `type`, gets a slot of its own.
+  CompiledValue Emit(OpCode operation, const std::vector<Operand>& operands, std::uint32_t data, DataType type);
+  /// The value as one of type `to`, converted while it is compiled if it is a constant. Throws an error about `element`
+  /// if there is no conversion, or if the constant is no value of the type.
+  [[nodiscard]] CompiledValue Converted(const CompiledValue& value, DataType to, const KelXML_1_3::Element& element);
+  /// The slot of the value; a constant is copied into one.
+  [[nodiscard]] std::uint32_t SlotOf(const CompiledValue& value);
+
+  /// Hands over the code written so far and begins the next program.
+  [[nodiscard]] Program Finish();
+
+ private:
+  Cell ConvertedConstant(const Cell& cell, DataType from, DataType to, const KelXML_1_3::Element& element);
+
+  TextPool& fPool;
+  std::uint32_t fSlotCount = 0;
+  std::vector<Instruction> fInstructions;
+  std::vector<Operand> fOperands;
+  std::unique_ptr<Tables> fTables;
+};
+
+/// A literal of the document as a cell of type `type`. Throws an error about `element` if it is none.
+[[nodiscard]] Cell ReadTextLiteral(const KelXML_1_3::Element& element, std::string_view text, DataType type,
+                                   TextPool& pool);
+/// The same for a required attribute.
+[[nodiscard]] Cell ReadLiteralOf(const KelXML_1_3::Element& element, std::string_view attribute, DataType type,
+                                 TextPool& pool);
+/// The same for an optional attribute, whose absence is missing.
+[[nodiscard]] Cell ReadOptionalLiteralOf(const KelXML_1_3::Element& element, std::string_view attribute, DataType type,
+                                         TextPool& pool);
+
+}  // namespace KelTransformNS

@@ -1,0 +1,202 @@
+#include "components/keltransform/ExpressionCompiler.h"
+
+#include <utility>
+
+#include "components/keltransform/Attributes.h"
+#include "components/keltransform/CodeBuilder.h"
+#include "components/keltransform/DeclaredFields.h"
+#include "components/keltransform/expressions/Expressions.h"
+
+namespace KelTransformNS {
+
+using KelXML_1_3::Element;
+using KelXML_1_3::PmmlError;
+
+namespace {
+
+// A field on the way to the one that is wanted, and how many of its references have been looked at.
+struct Visit {
+  DeclaredField* field;
+  std::vector<std::string_view> references;
+  std::size_t next = 0;
+};
+
+// The fields from the wanted one down to the one at hand. What is still on it when an error ends the walk can be
+// compiled another time.
+class Path {
+ public:
+  Path() = default;
+  Path(const Path&) = delete;
+  Path& operator=(const Path&) = delete;
+  ~Path() {
+    for (const Visit& visit : fVisits) visit.field->state = DeclaredField::kNew;
+  }
+
+  [[nodiscard]] bool IsEmpty() const noexcept { return fVisits.empty(); }
+  [[nodiscard]] Visit& Last() noexcept { return fVisits.back(); }
+
+  void Push(DeclaredField& field, std::vector<std::string_view> references) {
+    fVisits.push_back({&field, std::move(references)});
+    field.state = DeclaredField::kOnPath;
+  }
+
+  void PopCompiled() noexcept {
+    fVisits.back().field->state = DeclaredField::kCompiled;
+    fVisits.pop_back();
+  }
+
+  // The names from `field` to the end of the path and back to it.
+  [[nodiscard]] std::string DescribeCycle(const DeclaredField& field) const {
+    std::string names;
+    for (const Visit& visit : fVisits) {
+      if (names.empty() && visit.field != &field) continue;
+      names += Quoted(visit.field->name) + " -> ";
+    }
+    return names + Quoted(field.name);
+  }
+
+ private:
+  std::vector<Visit> fVisits;
+};
+
+std::vector<std::string> ReadOrdinalValues(const Element& derivedField) {
+  std::vector<std::string> values;
+  for (Element child = derivedField.Child("Value"); child; child = child.Next("Value")) {
+    values.emplace_back(child.Required("value"));
+  }
+  return values;
+}
+
+Element RequiredExpression(const Element& derivedField) {
+  const Element expression = FindExpression(derivedField);
+  if (!expression) throw derivedField.Error("it has no expression that is known");
+  for (Element other = expression.NextSibling(); other; other = other.NextSibling()) {
+    if (IsExpression(other.Name())) throw other.Error("the derived field has another expression already");
+  }
+  return expression;
+}
+
+}  // namespace
+
+Element FindExpression(const Element& parent) {
+  Element child = parent.FirstChild();
+  while (child && !IsExpression(child.Name())) child = child.NextSibling();
+  return child;
+}
+
+struct ExpressionCompiler::Impl {
+  Impl(TextPool& pool, InputLookup lookup) : code(pool), inputLookup(std::move(lookup)) {}
+
+  const ResolvedField* Find(std::string_view name, std::size_t dictionaries);
+  const ResolvedField* FindInput(std::string_view name);
+  const ResolvedField& Compiled(DeclaredField& field);
+  DeclaredField* NextToCompile(Visit& visit, const Path& path);
+  void CompileDerivedField(DeclaredField& field);
+  CompiledValue Compile(const Element& expression, std::optional<DataType> type, std::size_t dictionaries);
+
+  CodeBuilder code;
+  DeclaredFields declared;
+  InputLookup inputLookup;
+  std::unordered_map<std::string, std::optional<ResolvedField>, NameHash, std::equal_to<>> inputs;
+};
+
+const ResolvedField* ExpressionCompiler::Impl::Find(std::string_view name, std::size_t dictionaries) {
+  DeclaredField* const derived = declared.Find(name, dictionaries);
+  return derived != nullptr ? &Compiled(*derived) : FindInput(name);
+}
+
+const ResolvedField* ExpressionCompiler::Impl::FindInput(std::string_view name) {
+  auto found = inputs.find(name);
+  if (found == inputs.end()) found = inputs.emplace(name, inputLookup(name)).first;
+  return found->second ? &*found->second : nullptr;
+}
+
+// Depth first over the references, with a path of our own instead of recursion: a document may chain more fields than
+// a thread's stack has room for.
+const ResolvedField& ExpressionCompiler::Impl::Compiled(DeclaredField& wanted) {
+  Path path;
+  if (wanted.state == DeclaredField::kNew) path.Push(wanted, CollectReferences(wanted.element));
+  while (!path.IsEmpty()) {
+    if (DeclaredField* const next = NextToCompile(path.Last(), path)) {
+      path.Push(*next, CollectReferences(next->element));
+    } else {
+      CompileDerivedField(*path.Last().field);
+      path.PopCompiled();
+    }
+  }
+  return *wanted.resolved;
+}
+
+// The next derived field that must be compiled before the visited one; null if there is none any more.
+DeclaredField* ExpressionCompiler::Impl::NextToCompile(Visit& visit, const Path& path) {
+  while (visit.next < visit.references.size()) {
+    const std::string_view name = visit.references[visit.next++];
+    DeclaredField* const field = declared.Find(name, visit.field->visibleDictionaries);
+    if (field == nullptr || field->state == DeclaredField::kCompiled) continue;
+    if (field->state == DeclaredField::kNew) return field;
+    throw visit.field->element.AttributeError("name", "depends on itself: " + path.DescribeCycle(*field));
+  }
+  return nullptr;
+}
+
+void ExpressionCompiler::Impl::CompileDerivedField(DeclaredField& field) {
+  try {
+    const Element expression = RequiredExpression(field.element);
+    const std::optional<OpType> opType = ReadOpType(field.element);
+    const CompiledValue value = Compile(expression, ReadDataType(field.element), field.visibleDictionaries);
+    field.resolved = ResolvedField{field.name, value.type, opType.value_or(ImpliedOpType(value.type)),
+                                   code.SlotOf(value), ReadOrdinalValues(field.element)};
+  } catch (const PmmlError& error) {
+    throw PmmlError(error.what() + (" (derived field " + Quoted(field.name) + ')'));
+  }
+}
+
+CompiledValue ExpressionCompiler::Impl::Compile(const Element& expression, std::optional<DataType> type,
+                                                std::size_t dictionaries) {
+  const auto findField = [this, dictionaries](std::string_view name, const Element& referrer) -> CompiledValue {
+    const ResolvedField* const field = Find(name, dictionaries);
+    if (field == nullptr) throw referrer.AttributeError("field", "there is no such field");
+    return {Operand::Slot(field->slot), field->dataType};
+  };
+  ExpressionContext context{code, findField, type};
+  const CompiledValue value = CompileAnyExpression(expression, context);
+  return type ? code.Converted(value, *type, expression) : value;
+}
+
+ExpressionCompiler::ExpressionCompiler(TextPool& pool, InputLookup inputs)
+    : fImpl(std::make_unique<Impl>(pool, std::move(inputs))) {}
+
+ExpressionCompiler::~ExpressionCompiler() = default;
+
+void ExpressionCompiler::DeclareDerivedFields(const Element& dictionary) {
+  if (dictionary) fImpl->declared.Declare(dictionary);
+}
+
+std::vector<std::string> ExpressionCompiler::DerivedFieldNames() const {
+  std::vector<std::string> names;
+  for (const DeclaredField& field : fImpl->declared.All()) names.push_back(field.name);
+  return names;
+}
+
+std::uint32_t ExpressionCompiler::NewSlot() { return fImpl->code.NewSlot(); }
+
+std::uint32_t ExpressionCompiler::SlotCount() const noexcept { return fImpl->code.SlotCount(); }
+
+const ResolvedField& ExpressionCompiler::Resolve(std::string_view name, const Element& referrer) {
+  const ResolvedField* const field = Find(name, referrer);
+  if (field == nullptr) throw referrer.Error("there is no field " + Quoted(name));
+  return *field;
+}
+
+const ResolvedField* ExpressionCompiler::Find(std::string_view name, const Element& /*referrer*/) {
+  return fImpl->Find(name, fImpl->declared.DictionaryCount());
+}
+
+ResolvedField ExpressionCompiler::CompileExpression(const Element& expression, std::optional<DataType> dataType) {
+  const CompiledValue value = fImpl->Compile(expression, dataType, fImpl->declared.DictionaryCount());
+  return {{}, value.type, ImpliedOpType(value.type), fImpl->code.SlotOf(value)};
+}
+
+Program ExpressionCompiler::Finish() { return fImpl->code.Finish(); }
+
+}  // namespace KelTransformNS

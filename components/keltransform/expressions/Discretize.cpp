@@ -1,0 +1,35 @@
+#include "components/keltransform/expressions/Expressions.h"
+
+namespace KelTransformNS {
+
+using KelXML_1_3::Element;
+
+namespace {
+
+DiscretizeTable::Bin ReadBin(const Element& element, DataType type, TextPool& pool) {
+  return {ReadInterval(element.RequiredChild("Interval")), ReadLiteralOf(element, "binValue", type, pool)};
+}
+
+std::vector<DiscretizeTable::Bin> ReadBins(const Element& element, DataType type, TextPool& pool) {
+  std::vector<DiscretizeTable::Bin> bins;
+  for (Element child = element.Child("DiscretizeBin"); child; child = child.Next("DiscretizeBin")) {
+    bins.push_back(ReadBin(child, type, pool));
+  }
+  return bins;
+}
+
+}  // namespace
+
+// Without bins this tells missing inputs from others, which may then be of any type.
+CompiledValue CompileDiscretize(const Element& element, ExpressionContext& context) {
+  const DataType type = LiteralType(element, context);
+  TextPool& pool = context.code.Pool();
+  const std::vector<DiscretizeTable::Bin> bins = ReadBins(element, type, pool);
+  const CompiledValue input = bins.empty() ? CompileField(element, context) : CompileNumericField(element, context);
+  const Cell whenMissing = ReadOptionalLiteralOf(element, "mapMissingTo", type, pool);
+  const Cell otherwise = ReadOptionalLiteralOf(element, "defaultValue", type, pool);
+  const std::uint32_t entry = context.code.Data().discretize.Append(bins, whenMissing, otherwise);
+  return context.code.Emit(OpCode::kDiscretize, {input.operand}, entry, type);
+}
+
+}  // namespace KelTransformNS

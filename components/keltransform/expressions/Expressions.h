@@ -1,0 +1,50 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "components/kelparsexml/ElementTree.h"
+#include "components/keltransform/CodeBuilder.h"
+
+namespace KelTransformNS {
+
+/// What an expression is compiled in.
+struct ExpressionContext {
+  /// Gives the field of a name as the expression sees it; throws an error about `referrer` if there is none.
+  using FieldLookup = std::function<CompiledValue(std::string_view name, const KelXML_1_3::Element& referrer)>;
+
+  CodeBuilder& code;
+  FieldLookup findField;
+  /// The type that the result will be converted to, if that is known: literals without a type of their own are of it.
+  std::optional<DataType> wantedType;
+};
+
+/// Compiles an expression element of any kind. The value is of the expression's own type, not converted to the wanted
+/// one. Throws `PmmlError` for a kind that isn't supported.
+[[nodiscard]] CompiledValue CompileAnyExpression(const KelXML_1_3::Element& expression, ExpressionContext& context);
+[[nodiscard]] bool IsExpression(std::string_view elementName) noexcept;
+
+/// The names of the fields that an expression refers to, each as often as it does.
+[[nodiscard]] std::vector<std::string_view> CollectReferences(const KelXML_1_3::Element& expression);
+
+// One function, and one file, for each kind of expression.
+
+[[nodiscard]] CompiledValue CompileConstant(const KelXML_1_3::Element& element, ExpressionContext& context);
+[[nodiscard]] CompiledValue CompileFieldRef(const KelXML_1_3::Element& element, ExpressionContext& context);
+[[nodiscard]] CompiledValue CompileNormContinuous(const KelXML_1_3::Element& element, ExpressionContext& context);
+[[nodiscard]] CompiledValue CompileNormDiscrete(const KelXML_1_3::Element& element, ExpressionContext& context);
+[[nodiscard]] CompiledValue CompileDiscretize(const KelXML_1_3::Element& element, ExpressionContext& context);
+[[nodiscard]] CompiledValue CompileMapValues(const KelXML_1_3::Element& element, ExpressionContext& context);
+
+// What they share.
+
+/// The field that the "field" attribute names.
+[[nodiscard]] CompiledValue CompileField(const KelXML_1_3::Element& element, ExpressionContext& context);
+/// The same as a number: a text is read as one.
+[[nodiscard]] CompiledValue CompileNumericField(const KelXML_1_3::Element& element, ExpressionContext& context);
+/// The type of an expression's literals: its own "dataType", else the wanted one, else text.
+[[nodiscard]] DataType LiteralType(const KelXML_1_3::Element& element, const ExpressionContext& context);
+
+}  // namespace KelTransformNS
