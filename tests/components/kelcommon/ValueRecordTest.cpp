@@ -118,7 +118,7 @@ TEST(ValueRecordTest, Lookup_AnySize_FindsEachNameAndNoOther) {
   for (int i = 40; i > 0; --i) copy["f" + std::to_string(i)];
   EXPECT_EQ(copy.IndexOf("f40"), 0);
   EXPECT_EQ(copy.IndexOf("f1"), 39);
-  EXPECT_EQ(copy.IndexOf("field1"), -1);
+  for (int i = 0; i <= 1500; ++i) ASSERT_EQ(copy.IndexOf("field" + std::to_string(i)), -1);
 }
 
 TEST(ValueRecordTest, Add_OwnValueOrName_SurvivesGrowth) {
@@ -137,6 +137,24 @@ TEST(ValueRecordTest, Add_OwnValueOrName_SurvivesGrowth) {
   EXPECT_TRUE(record.At(0) == Value(7));
 }
 
+Value AsValue(const ValueRecord& record) {
+  Value value;
+  value.MakeMembers() = record;
+  return value;
+}
+
+struct Member : Value {
+  using Value::Value;
+  Member(const ValueRecord& record) : Value(AsValue(record)) {}
+};
+
+ValueRecord Pair(const Member& left, const Member& right) {
+  ValueRecord record;
+  record.Add("left", left);
+  record.Add("right", right);
+  return record;
+}
+
 TEST(ValueRecordTest, Assign_RecordsWithinEachOther_KeepTheContent) {
   ValueRecord whole;
   whole["a"]["x"] = 1;
@@ -151,12 +169,12 @@ TEST(ValueRecordTest, Assign_RecordsWithinEachOther_KeepTheContent) {
   EXPECT_EQ(moved.Names(true), (std::vector<std::string>{"x", "y"}));
 
   // Equal layouts are copied in place, which must see that one record lies in the other.
-  ValueRecord sameNames;
-  sameNames["a"]["a"]["a"] = "the innermost of them";
+  ValueRecord sameNames = Pair(Pair(Pair(5, 6), 2), 3);
   sameNames = *sameNames.At(0).Members();
-  EXPECT_EQ(sameNames["a"]["a"].GetString(), "the innermost of them");
-  sameNames[0].MakeMembers() = sameNames;
-  EXPECT_EQ(sameNames["a"]["a"]["a"].GetString(), "the innermost of them");
+  EXPECT_TRUE(AsValue(sameNames) == AsValue(Pair(Pair(5, 6), 2)));
+  sameNames = Pair(3, Pair(2, 1));
+  sameNames[1].MakeMembers() = sameNames;
+  EXPECT_TRUE(AsValue(sameNames) == AsValue(Pair(3, Pair(3, Pair(2, 1)))));
 
   const ValueRecord& self = whole;
   whole = self;
