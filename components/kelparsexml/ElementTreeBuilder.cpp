@@ -1,0 +1,130 @@
+#include "components/kelparsexml/ElementTreeBuilder.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "components/kelparsexml/Lexical.h"
+#include "components/kelparsexml/PmmlError.h"
+#include "components/kelparsexml/Utf8.h"
+
+namespace KelXML_1_3 {
+namespace {
+using namespace std::string_view_literals;
+
+constexpr std::size_t kMaxRecords = std::numeric_limits<std::uint32_t>::max();
+constexpr NameTable::Id kMaxName = 0x7FFF'FFFF;
+
+const char16_t* LocalPart(const char16_t* qualifiedName) {
+  const char16_t* local = qualifiedName;
+  for (const char16_t* at = qualifiedName; *at != 0; ++at) {
+    if (*at == u':') local = at + 1;
+  }
+  return local;
+}
+
+// What stands beside the models under the root.
+bool IsModel(std::string_view name) {
+  constexpr std::array kOthers = {"Header"sv, "MiningBuildTask"sv, "DataDictionary"sv, "TransformationDictionary"sv,
+                                  "Extension"sv};
+  return std::find(kOthers.begin(), kOthers.end(), name) == kOthers.end();
+}
+}  // namespace
+
+ElementTreeBuilder::ElementTreeBuilder(std::string_view modelName)
+    : fStorage(std::make_unique<ElementTree::Storage>()), fModelName(modelName) {}
+
+bool ElementTreeBuilder::StartElement(const char16_t* qualifiedName, std::size_t line) {
+  if (fSkippedDepth > 0) {
+    ++fSkippedDepth;
+    return false;
+  }
+  fName = InternElement(qualifiedName);
+  fPosition = 0;
+  Append(fName, line);
+  if (IsSkippedModel(fStorage->names.Get(fName))) fSkippedDepth = 1;
+  return fSkippedDepth == 0;
+}
+
+// A name without a prefix is recognised as it stands: no number stands for a name with a colon.
+NameTable::Id ElementTreeBuilder::InternElement(const char16_t* qualifiedName) {
+  const auto address = reinterpret_cast<std::uintptr_t>(qualifiedName);
+  NameTable::Id& guess = fElementGuesses[(address >> 4 ^ address >> 14) % kGuesses];
+  guess = fStorage->names.Intern(LocalPart(qualifiedName), guess);
+  return guess;
+}
+
+void ElementTreeBuilder::Append(NameTable::Id name, std::size_t line) {
+  ElementTree::Storage& storage = *fStorage;
+  const std::size_t index = storage.elements.size();
+  if (index == kMaxRecords || name > kMaxName) throw PmmlError("the document has too many elements");
+  const auto position = static_cast<std::uint32_t>(index);
+  if (!fOpen.empty()) {
+    EndPiece(true);
+    OpenElement& parent = fOpen.back();
+    if (parent.lastChild != 0) storage.elements[parent.lastChild].nextSibling = position;
+    storage.elements[parent.index].hasChildren = 1;
+    parent.lastChild = position;
+  }
+  storage.elements.Append({name & kMaxName, 0, static_cast<std::uint32_t>(std::min(line, kMaxRecords)), 0,
+                           static_cast<std::uint32_t>(storage.attributes.size()), 0});
+  fOpen.push_back({position, 0, fText.size()});
+  fPieceFrom = fText.size();
+}
+
+bool ElementTreeBuilder::IsSkippedModel(std::string_view name) {
+  const bool isChildOfRoot = fOpen.size() == 2;
+  if (fModelName.empty() || !isChildOfRoot || !IsModel(name)) return false;
+  return name != fModelName || std::exchange(fModelSeen, true);
+}
+
+void ElementTreeBuilder::AddAttribute(const char16_t* qualifiedName, const char16_t* value) {
+  if (fSkippedDepth > 0) return;
+  ElementTree::Storage& storage = *fStorage;
+  if (storage.attributes.size() == kMaxRecords) throw PmmlError("the document has too many attributes");
+  NameTable::Id& guess = fAttributeGuesses[(fName * 16 + fPosition++) % kGuesses];
+  guess = storage.names.Intern(qualifiedName, guess);
+  storage.attributes.Append({guess, storage.texts.Add(value, LengthOf(value))});
+}
+
+// The parser may part a pair of surrogates, so a first half waits for what comes next.
+void ElementTreeBuilder::AddText(const char16_t* text, std::size_t size) {
+  if (fSkippedDepth > 0 || fOpen.empty() || size == 0) return;
+  if (fHighSurrogate != 0) {
+    const char16_t pair[] = {std::exchange(fHighSurrogate, u'\0'), *text};
+    const std::size_t taken = IsLowSurrogate(*text) ? 1 : 0;
+    AppendUtf8(fText, pair, 1 + taken);
+    text += taken;
+    size -= taken;
+  }
+  if (size > 0 && IsHighSurrogate(text[size - 1])) fHighSurrogate = text[--size];
+  AppendUtf8(fText, text, size);
+}
+
+// A half that is still waiting has none to come.
+void ElementTreeBuilder::EndPiece(bool besideChild) {
+  if (fHighSurrogate != 0) AppendUtf8(fText, &fHighSurrogate, 1);
+  fHighSurrogate = 0;
+  if (besideChild && fText.find_first_not_of(kXmlSpace, fPieceFrom) == std::string::npos) fText.resize(fPieceFrom);
+}
+
+void ElementTreeBuilder::EndElement() {
+  if (fSkippedDepth > 1) {
+    --fSkippedDepth;
+    return;
+  }
+  fSkippedDepth = 0;
+  const OpenElement element = fOpen.back();
+  EndPiece(element.lastChild != 0);
+  fStorage->elements[element.index].text = fStorage->texts.Add(std::string_view(fText).substr(element.textFrom));
+  fOpen.pop_back();
+  fText.resize(element.textFrom);
+  fPieceFrom = element.textFrom;
+}
+
+std::unique_ptr<ElementTree> ElementTreeBuilder::Finish() {
+  if (fStorage->elements.size() == 0) return nullptr;
+  return std::unique_ptr<ElementTree>(new ElementTree(std::move(fStorage)));
+}
+
+}  // namespace KelXML_1_3

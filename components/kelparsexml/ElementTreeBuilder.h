@@ -1,0 +1,71 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "components/kelparsexml/ElementStorage.h"
+#include "components/kelparsexml/ElementTree.h"
+
+namespace KelXML_1_3 {
+
+/// Puts an `ElementTree` together from a document's events, in document order.
+///
+/// What is behind the last open element's end is never touched again, and everything is appended in document order:
+/// so a finished subtree could be handed over and cut off without a change to the rest.
+///
+/// `modelName` is the rule of `ElementTree::Read`. Names and values are texts of UTF-16 that end with 0. Throws
+/// `PmmlError` if a document is too large for the tree.
+class ElementTreeBuilder {
+ public:
+  explicit ElementTreeBuilder(std::string_view modelName);
+
+  /// False if the element's attributes don't matter; they may be left out then. Its end must come all the same.
+  bool StartElement(const char16_t* qualifiedName, std::size_t line);
+  /// Of the element that was started last.
+  void AddAttribute(const char16_t* qualifiedName, const char16_t* value);
+  /// Character data of the innermost open element; any number of pieces.
+  void AddText(const char16_t* text, std::size_t size);
+  void EndElement();
+
+  /// The tree, once the root has ended; null if there was none. The builder is used up.
+  std::unique_ptr<ElementTree> Finish();
+
+ private:
+  struct OpenElement {
+    std::uint32_t index;
+    std::uint32_t lastChild;  // 0 for none
+    std::size_t textFrom;     // where its text begins in fText
+  };
+
+  NameTable::Id InternElement(const char16_t* qualifiedName);
+  void Append(NameTable::Id name, std::size_t line);
+  [[nodiscard]] bool IsSkippedModel(std::string_view name);
+  void EndPiece(bool besideChild);
+
+  std::unique_ptr<ElementTree::Storage> fStorage;
+  std::string fModelName;
+  bool fModelSeen = false;
+  std::size_t fSkippedDepth = 0;  // open elements of which nothing is kept; the outermost is there by name
+
+  std::vector<OpenElement> fOpen;
+  // The text of all open elements, one behind the other: while a child is open, nothing is added to its parent's.
+  std::string fText;
+  // Where the text since the last tag begins. If it is white space beside a child, it is dropped.
+  std::size_t fPieceFrom = 0;
+  char16_t fHighSurrogate = 0;
+
+  // The numbers that names had last time: by the name's address for elements (parsers keep one text per name), by
+  // element and position for attributes. Any of them may be wrong.
+  static constexpr std::size_t kGuesses = 1024;
+  std::array<NameTable::Id, kGuesses> fElementGuesses{};
+  std::array<NameTable::Id, kGuesses> fAttributeGuesses{};
+  NameTable::Id fName = 0;    // of the element started last
+  std::size_t fPosition = 0;  // of its next attribute
+};
+
+}  // namespace KelXML_1_3

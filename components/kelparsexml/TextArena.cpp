@@ -1,0 +1,98 @@
+#include "components/kelparsexml/TextArena.h"
+
+#include <cstring>
+#include <limits>
+
+#include "components/kelparsexml/PmmlError.h"
+#include "components/kelparsexml/Utf8.h"
+
+namespace KelXML_1_3 {
+namespace {
+// A text is its length and its bytes. The length is one byte, or kLongMark and four bytes.
+constexpr unsigned char kLongMark = 0xFF;
+constexpr std::size_t kLongPrefix = 1 + sizeof(std::uint32_t);
+constexpr std::size_t kMaxShortUnits = (kLongMark - 1) / kMaxUtf8PerUnit;
+
+// A name is the number of the chunk and the place in it, 16 bits each.
+constexpr int kOffsetBits = 16;
+constexpr std::size_t kChunkBytes = std::size_t{1} << kOffsetBits;
+constexpr std::size_t kMaxChunks = std::size_t{1} << (32 - kOffsetBits);
+// Longer ones would leave too much of a chunk unused.
+constexpr std::size_t kMaxShared = kChunkBytes / 4;
+
+TextArena::Ref NameOf(std::size_t chunk, std::size_t offset) {
+  return static_cast<TextArena::Ref>(chunk << kOffsetBits | offset);
+}
+}  // namespace
+
+TextArena::TextArena() {
+  AddChunk(kChunkBytes);
+  fChunks[0][0] = 0;
+  fFilled = 1;
+}
+
+// Short texts are written before their length is known, long ones are counted first.
+TextArena::Ref TextArena::Add(const char16_t* text, std::size_t size) {
+  if (size == 0) return 0;
+  if (size > kMaxShortUnits) {
+    const Place place = ReserveLong(Utf8Size(text, size));
+    WriteUtf8(text, size, place.at);
+    return place.ref;
+  }
+  const Place place = Reserve(1 + size * kMaxUtf8PerUnit);
+  const char* const end = WriteUtf8(text, size, place.at + 1);
+  const auto bytes = static_cast<std::size_t>(end - place.at) - 1;
+  *place.at = static_cast<char>(bytes);
+  fFilled += 1 + bytes;
+  return place.ref;
+}
+
+TextArena::Ref TextArena::Add(std::string_view utf8) {
+  if (utf8.empty()) return 0;
+  const Place place = ReserveLong(utf8.size());
+  std::memcpy(place.at, utf8.data(), utf8.size());
+  return place.ref;
+}
+
+std::string_view TextArena::Get(Ref ref) const noexcept {
+  const char* const at = fChunks[ref >> kOffsetBits].get() + (ref & (kChunkBytes - 1));
+  const auto first = static_cast<unsigned char>(*at);
+  if (first != kLongMark) return {at + 1, first};
+  std::uint32_t size = 0;
+  std::memcpy(&size, at + 1, sizeof size);
+  return {at + kLongPrefix, size};
+}
+
+TextArena::Place TextArena::Reserve(std::size_t bytes) {
+  if (fFilled + bytes > kChunkBytes) {
+    fOpen = AddChunk(kChunkBytes);
+    fFilled = 0;
+  }
+  return {fChunks[fOpen].get() + fFilled, NameOf(fOpen, fFilled)};
+}
+
+// Writes the length; the place is the one of the text behind it.
+TextArena::Place TextArena::ReserveLong(std::size_t size) {
+  if (size > std::numeric_limits<std::uint32_t>::max()) throw PmmlError("a text of the document is too long");
+  const std::size_t bytes = kLongPrefix + size;
+  Place place{};
+  if (bytes > kMaxShared) {
+    const std::size_t chunk = AddChunk(bytes);
+    place = {fChunks[chunk].get(), NameOf(chunk, 0)};
+  } else {
+    place = Reserve(bytes);
+    fFilled += bytes;
+  }
+  const auto length = static_cast<std::uint32_t>(size);
+  *place.at = static_cast<char>(kLongMark);
+  std::memcpy(place.at + 1, &length, sizeof length);
+  return {place.at + kLongPrefix, place.ref};
+}
+
+std::size_t TextArena::AddChunk(std::size_t bytes) {
+  if (fChunks.size() == kMaxChunks) throw PmmlError("the document's texts are too large to be held");
+  fChunks.push_back(std::make_unique_for_overwrite<char[]>(bytes));
+  return fChunks.size() - 1;
+}
+
+}  // namespace KelXML_1_3
