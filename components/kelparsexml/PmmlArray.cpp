@@ -69,12 +69,12 @@ void RequireArray(const Element& array) {
 
 }  // namespace
 
-std::vector<std::string> ReadStringArray(const Element& array) {
+std::vector<std::string> ReadStringArray(const Element& array, ArrayCount count) {
   RequireArray(array);
   std::vector<std::string> values;
   ArrayText text(array.Text());
   for (std::string_view value; text.Take(value);) values.emplace_back(value);
-  CheckCount(array, values.size());
+  if (count == ArrayCount::kChecked) CheckCount(array, values.size());
   return values;
 }
 

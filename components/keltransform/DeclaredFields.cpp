@@ -34,4 +34,8 @@ DeclaredField* DeclaredFields::Find(std::string_view name, std::size_t dictionar
   return nullptr;
 }
 
+void DeclaredFields::Withdraw(std::string_view name) {
+  if (!fScopes.empty()) fScopes.back().erase(name);
+}
+
 }  // namespace KelTransformNS

@@ -35,6 +35,8 @@ class DeclaredFields {
 
   /// The field of that name in the innermost of the first `dictionaries` that has one; null if none has.
   [[nodiscard]] DeclaredField* Find(std::string_view name, std::size_t dictionaries);
+  /// Takes a field out of the innermost scope.
+  void Withdraw(std::string_view name);
   [[nodiscard]] std::size_t DictionaryCount() const noexcept { return fScopes.size(); }
   /// In order of declaration; references to the fields live as long as this object.
   [[nodiscard]] const std::deque<DeclaredField>& All() const noexcept { return fFields; }

@@ -199,4 +199,6 @@ ResolvedField ExpressionCompiler::CompileExpression(const Element& expression, s
 
 Program ExpressionCompiler::Finish() { return fImpl->code.Finish(); }
 
+void ExpressionCompiler::Withdraw(std::string_view name) { fImpl->declared.Withdraw(name); }
+
 }  // namespace KelTransformNS

@@ -80,6 +80,10 @@ class KEL_EXPORT ExpressionCompiler {
   /// gets one program for its derived fields, and another for its outputs.
   [[nodiscard]] Program Finish();
 
+  /// Takes the derived field `name` out of the last declared dictionary, so that the name is looked up further out: for
+  /// a field that the record holds already. It must not have been resolved yet.
+  void Withdraw(std::string_view name);
+
  private:
   struct Impl;
   std::unique_ptr<Impl> fImpl;

@@ -1,0 +1,59 @@
+#include "plugins/torvane/CompiledModel.h"
+
+#include <algorithm>
+
+#include "plugins/torvane/models/ModelRegistry.h"
+
+namespace Torvane {
+
+using KelTransformNS::Cell;
+
+namespace {
+
+MiningFunction ReadFunction(const Element& model) {
+  static constexpr Word<MiningFunction> kFunctions[] = {{"regression", MiningFunction::kRegression},
+                                                        {"classification", MiningFunction::kClassification}};
+  return ReadRequiredWord(model, "functionName", kFunctions);
+}
+
+void CheckIsScorable(const Element& model) {
+  if (!model.Boolean("isScorable", true)) {
+    throw model.AttributeError("isScorable", "says that the model isn't meant for scoring");
+  }
+}
+
+}  // namespace
+
+std::unique_ptr<const CompiledModel> CompiledModel::Build(const Element& model, const Document& document) {
+  const BuildBody build = FindBuilder(model.Name());
+  if (build == nullptr) throw model.Error("is not supported");
+  CheckIsScorable(model);
+  FieldScope scope(document, model);
+  std::unique_ptr<CompiledModel> compiled(new CompiledModel);
+  compiled->fTarget = std::make_unique<Target>(scope, model, ReadFunction(model),
+                                               model.Attribute("targetFieldName").value_or(std::string_view()));
+  compiled->fBody = build(model, scope, *compiled->fTarget);
+  compiled->fDerived = scope.Compiler().Finish();
+  compiled->fDerivedSlots = scope.DerivedSlots();
+  compiled->fOutputs = std::make_unique<OutputTable>(scope, *compiled->fTarget, *compiled->fBody, model);
+  compiled->fInputs = scope.TakeInputs();
+  compiled->fSlotCount = scope.Compiler().SlotCount();
+  return compiled;
+}
+
+void CompiledModel::Evaluate(KelTransformNS::Frame frame, Prediction& prediction) const noexcept {
+  if (!fDerived.IsEmpty()) fDerived.Run(frame);
+  if (HasInvalidField(frame.data())) {
+    prediction.outcome = Outcome::kInvalid;
+    return;
+  }
+  fBody->Evaluate(frame.data(), prediction);
+  fTarget->Finish(prediction);
+}
+
+bool CompiledModel::HasInvalidField(const Cell* frame) const noexcept {
+  return std::any_of(fDerivedSlots.begin(), fDerivedSlots.end(),
+                     [&](std::uint32_t slot) { return frame[slot].IsInvalid(); });
+}
+
+}  // namespace Torvane

@@ -1,0 +1,114 @@
+#include "plugins/torvane/TorvaneScorer.h"
+
+#include <new>
+#include <utility>
+
+#include "components/keltransform/FrameStorage.h"
+
+namespace Torvane {
+
+using KelCommon_1_3::KelStatus;
+using KelCommon_1_3::Value;
+using KelCommon_1_3::ValueRecord;
+using KelTransformNS::Cell;
+using KelTransformNS::FrameStorage;
+
+namespace {
+
+// The figures of the categories stand behind the cells of the frame, in the same memory.
+constexpr std::size_t CellsFor(std::size_t numberCount) {
+  return (numberCount * sizeof(double) + sizeof(Cell) - 1) / sizeof(Cell);
+}
+
+}  // namespace
+
+TorvaneScorer::TorvaneScorer(KelXML_1_3::KelSettings& settings, const KelXML_1_3::KelVarList& varList, std::string type,
+                             std::unique_ptr<const KelTransformNS::TextPool> pool,
+                             std::unique_ptr<const CompiledModel> model)
+    : ScoringBaseScorer(settings, varList), fType(std::move(type)), fPool(std::move(pool)), fModel(std::move(model)) {}
+
+KelStatus TorvaneScorer::Scorable(ValueRecord& record) {
+  fModel->Outputs().Announce(record);
+  return {};
+}
+
+KelStatus TorvaneScorer::Score(const ValueRecord& in, ValueRecord& out) {
+  try {
+    return ScoreBound(in, out);
+  } catch (const std::bad_alloc&) {
+    return {kOutOfMemory, false};
+  }
+}
+
+KelStatus TorvaneScorer::ScoreBound(const ValueRecord& in, ValueRecord& out) {
+  const auto inputs =
+      fInputBindings.Get(in.Layout(), [&] { return std::make_unique<const InputBinding>(BindInputs(in)); });
+  const auto outputs =
+      fOutputBindings.Get(out.Layout(), [&] { return std::make_unique<const OutputBinding>(BindOutputs(out)); });
+  if (!inputs->isComplete) return {kDerivedFieldMissing, false};
+
+  const std::size_t slotCount = fModel->SlotCount();
+  const std::size_t categoryCount = fModel->CategoryCount();
+  FrameStorage storage(slotCount + CellsFor(2 * categoryCount), FrameStorage::kUninitialized);
+  const KelTransformNS::Frame frame = storage.Cells().first(slotCount);
+  Prediction prediction;
+  prediction.probabilities = reinterpret_cast<double*>(frame.data() + slotCount);
+  prediction.confidences = prediction.probabilities + categoryCount;
+  prediction.wantsDistribution = outputs->wantsDistribution;
+  if (Gather(in, *inputs, frame.data())) {
+    fModel->Evaluate(frame, prediction);
+  } else {
+    prediction.outcome = Outcome::kInvalid;
+  }
+
+  if (outputs->wantsExpressions && prediction.outcome != Outcome::kInvalid) {
+    fModel->Outputs().RunExpressions(frame, prediction);
+  }
+  for (const OutputBinding::Place& place : outputs->places) {
+    fModel->Outputs().Write(*place.output, frame.data(), prediction, out[place.position]);
+  }
+  return {};
+}
+
+TorvaneScorer::InputBinding TorvaneScorer::BindInputs(const ValueRecord& in) const {
+  InputBinding binding;
+  binding.isComplete = true;
+  for (const InputField& input : fModel->Inputs()) {
+    const int position = in.IndexOf(input.Key());
+    binding.positions.push_back(position);
+    if (position < 0 && input.mustBeInRecord) binding.isComplete = false;
+  }
+  return binding;
+}
+
+TorvaneScorer::OutputBinding TorvaneScorer::BindOutputs(const ValueRecord& out) const {
+  OutputBinding binding;
+  for (const Output& output : fModel->Outputs().All()) {
+    const int position = out.IndexOf(output.name);
+    if (position < 0) continue;
+    binding.places.push_back({position, &output});
+    if (fModel->Outputs().NeedsDistribution(output)) binding.wantsDistribution = true;
+    if (output.feature == Feature::kExpression) binding.wantsExpressions = true;
+  }
+  return binding;
+}
+
+// False if an input is invalid. All inputs are read even so: no slot stays without a cell.
+bool TorvaneScorer::Gather(const ValueRecord& in, const InputBinding& binding, Cell* frame) const noexcept {
+  bool isValid = true;
+  const std::vector<InputField>& inputs = fModel->Inputs();
+  for (std::size_t i = 0; i < inputs.size(); ++i) {
+    const InputField& input = inputs[i];
+    Cell& cell = frame[input.Slot()];
+    cell = input.Read(in.At(binding.positions[i]), *fPool);
+    if (!cell.IsInvalid()) continue;
+    if (input.isTarget) {
+      cell = Cell::Missing();
+    } else {
+      isValid = false;
+    }
+  }
+  return isValid;
+}
+
+}  // namespace Torvane

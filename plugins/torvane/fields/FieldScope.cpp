@@ -1,0 +1,144 @@
+#include "plugins/torvane/fields/FieldScope.h"
+
+#include <utility>
+
+namespace Torvane {
+
+using KelTransformNS::DataType;
+using KelTransformNS::FieldDeclaration;
+using KelTransformNS::OpType;
+using KelTransformNS::ResolvedField;
+
+namespace {
+
+void CollectDerivedFields(const Element& dictionary, std::unordered_map<std::string, Element>& byName) {
+  for (Element field = dictionary.Child("DerivedField"); field; field = field.Next("DerivedField")) {
+    if (const auto name = field.Attribute("name")) byName.emplace(*name, field);
+  }
+}
+
+std::vector<std::string> ValuesInOrder(const FieldDeclaration& declaration) {
+  std::vector<std::string> values;
+  for (const FieldDeclaration::DeclaredValue& declared : declaration.values) {
+    if (declared.property == FieldDeclaration::DeclaredValue::kValid) values.push_back(declared.value);
+  }
+  return values;
+}
+
+bool HasTreatment(const MiningField& field) {
+  return field.outliers != OutlierTreatment::kAsIs || field.missingReplacement || field.missingReturnsInvalid ||
+         field.invalidReplacement;
+}
+
+}  // namespace
+
+InputField::InputField(std::string name, FieldTreatment treatment, std::uint32_t slot)
+    : fKey(std::move(name)),
+      fTreatment(std::move(treatment)),
+      fSlot(slot),
+      fTakesDoubles(fTreatment.Type() == DataType::kDouble && fTreatment.PassesNumbers()) {}
+
+FieldScope::FieldScope(const Document& document, const Element& model)
+    : fDocument(document),
+      fSchema(ReadMiningSchema(model.RequiredChild("MiningSchema"))),
+      fCompiler(document.pool, [this](std::string_view name) { return FindInput(name); }) {
+  DeclareDerivedFields(model);
+  CheckSchema();
+}
+
+// The library has computed some derived fields into the record. These are inputs here; all others are computed in
+// the frame, whatever the record holds under their names.
+void FieldScope::DeclareDerivedFields(const Element& model) {
+  const Element dictionary = fDocument.root.Child("TransformationDictionary");
+  fCompiler.DeclareDerivedFields(dictionary);
+  std::unordered_map<std::string, Element> declared;
+  CollectDerivedFields(dictionary, declared);
+  for (const auto& [name, element] : declared) {
+    if (!fDocument.readsAllDerivedFields && fSchema.derivedInRecord.count(name) == 0) continue;
+    fDerivedInRecord.emplace(name, element);
+    fCompiler.Withdraw(name);
+  }
+  fCompiler.DeclareDerivedFields(model.Child("LocalTransformations"));
+}
+
+// A listed field must be declared. One that is a derived field needs no listing; listed, it is computed all the same.
+void FieldScope::CheckSchema() {
+  std::unordered_map<std::string, Element> derived;
+  CollectDerivedFields(fDocument.root.Child("TransformationDictionary"), derived);
+  for (const MiningField& field : fSchema.fields) {
+    if (fDocument.dictionary.Find(field.name) != nullptr) continue;
+    if (derived.count(field.name) == 0) throw field.element.AttributeError("name", "isn't in the data dictionary");
+    if (HasTreatment(field)) {
+      throw field.element.AttributeError("name", "is a derived field, whose values can't be treated here");
+    }
+  }
+}
+
+const Field& FieldScope::Resolve(std::string_view name, const Element& referrer) {
+  std::string key(name);
+  const auto known = fResolved.find(key);
+  if (known != fResolved.end()) return known->second;
+  Field field = ResolveNew(name, referrer);
+  return fResolved.emplace(std::move(key), std::move(field)).first->second;
+}
+
+Field FieldScope::ResolveNew(std::string_view name, const Element& referrer) {
+  const ResolvedField& resolved = fCompiler.Resolve(name, referrer);
+  const auto input = fInputsBySlot.find(resolved.slot);
+  if (input == fInputsBySlot.end()) fDerivedSlots.push_back(resolved.slot);
+  Field field{resolved.slot, resolved.dataType, resolved.opType, resolved.values};
+  if (field.opType == OpType::kOrdinal && field.order.empty() && input != fInputsBySlot.end() && input->second) {
+    field.order = ValuesInOrder(*input->second);
+  }
+  return field;
+}
+
+void FieldScope::AddOutput(const ResolvedField& field) { fOutputs.emplace(field.name, field); }
+
+std::optional<ResolvedField> FieldScope::FindInput(std::string_view name) {
+  if (const std::optional<ResolvedField> derived = AddDerivedInput(name)) return derived;
+  const MiningField* field = fSchema.Find(name);
+  if (field != nullptr && fDocument.dictionary.Find(name) != nullptr) return AddInput(*field);
+  const auto output = fOutputs.find(std::string(name));
+  if (output != fOutputs.end()) return output->second;
+  return std::nullopt;
+}
+
+ResolvedField FieldScope::AddInput(const MiningField& field) {
+  const FieldDeclaration& declaration = *fDocument.dictionary.Find(field.name);
+  const std::uint32_t slot = fCompiler.NewSlot();
+  fInputs.emplace_back(field.name, FieldTreatment(declaration, field, fDocument.pool), slot);
+  fInputs.back().isTarget = field.usage == FieldUsage::kTarget;
+  fInputsBySlot.emplace(slot, &declaration);
+  return {field.name, declaration.dataType, field.opType.value_or(declaration.opType), slot};
+}
+
+std::optional<ResolvedField> FieldScope::AddDerivedInput(std::string_view name) {
+  const auto found = fDerivedInRecord.find(std::string(name));
+  if (found == fDerivedInRecord.end()) return std::nullopt;
+  const Element& element = found->second;
+  DataType dataType;
+  OpType opType;
+  if (!KelTransformNS::ParseDataType(element.Required("dataType"), dataType)) {
+    throw element.AttributeError("dataType", "is no data type");
+  }
+  if (!KelTransformNS::ParseOpType(element.Required("optype"), opType)) {
+    ThrowUnknownWord(element, "optype", "categorical, ordinal, continuous");
+  }
+  const std::uint32_t slot = fCompiler.NewSlot();
+  fInputs.emplace_back(found->first, FieldTreatment(dataType), slot);
+  fInputs.back().mustBeInRecord = true;
+  fInputsBySlot.emplace(slot, nullptr);
+  return ResolvedField{found->first, dataType, opType, slot};
+}
+
+// An invalid value of an active field makes the result invalid even if nothing refers to the field.
+std::vector<InputField> FieldScope::TakeInputs() {
+  for (const MiningField& field : fSchema.fields) {
+    const bool canSpoil = field.invalidTreatment == InvalidTreatment::kReturnInvalid || field.missingReturnsInvalid;
+    if (field.usage == FieldUsage::kActive && canSpoil) (void)fCompiler.Find(field.name, field.element);
+  }
+  return std::move(fInputs);
+}
+
+}  // namespace Torvane

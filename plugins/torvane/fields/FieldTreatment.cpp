@@ -1,0 +1,129 @@
+#include "plugins/torvane/fields/FieldTreatment.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "scoring/common/Value.h"
+
+namespace Torvane {
+
+using KelCommon_1_3::Value;
+using KelTransformNS::Cell;
+using KelTransformNS::FieldDeclaration;
+using KelTransformNS::Interval;
+using KelTransformNS::TextPool;
+
+FieldTreatment::FieldTreatment(const FieldDeclaration& declaration, const MiningField& field, TextPool& pool)
+    : fType(declaration.dataType),
+      fInvalidTreatment(field.invalidTreatment),
+      fMissingReturnsInvalid(field.missingReturnsInvalid) {
+  ReadDeclaredValues(declaration, pool);
+  ReadReplacements(field, pool);
+  ReadOutliers(field);
+}
+
+void FieldTreatment::ReadDeclaredValues(const FieldDeclaration& declaration, TextPool& pool) {
+  using Declared = FieldDeclaration::DeclaredValue;
+  for (const Declared& declared : declaration.values) {
+    if (declared.property == Declared::kMissing) fMissingTexts.push_back(declared.value);
+    if (declared.property == Declared::kValid) fIsRestricted = true;
+    // What isn't of the type can equal no value of it, so it needs no place in a set.
+    const std::optional<Cell> literal = FindComparand(declared.value, fType, pool);
+    if (!literal) continue;
+    ValueSet& values = declared.property == Declared::kMissing   ? fMissing
+                       : declared.property == Declared::kInvalid ? fInvalid
+                                                                 : fValid;
+    values.Add(*literal);
+  }
+  for (ValueSet* values : {&fMissing, &fInvalid, &fValid}) values->Seal();
+  fIntervals = declaration.intervals;
+  fIsRestricted = fIsRestricted || !fIntervals.empty();
+}
+
+void FieldTreatment::ReadReplacements(const MiningField& field, TextPool& pool) {
+  if (field.missingReplacement) {
+    fMissingReplacement =
+        ReadComparand(field.element, "missingValueReplacement", *field.missingReplacement, fType, pool);
+  }
+  if (field.invalidReplacement) {
+    fInvalidReplacement =
+        ReadComparand(field.element, "invalidValueReplacement", *field.invalidReplacement, fType, pool);
+  }
+}
+
+void FieldTreatment::ReadOutliers(const MiningField& field) {
+  fOutliers = field.outliers;
+  fLowValue = field.lowValue.value_or(-std::numeric_limits<double>::infinity());
+  fHighValue = field.highValue.value_or(std::numeric_limits<double>::infinity());
+  if (fOutliers != OutlierTreatment::kAsIs && KelTransformNS::IsText(fType)) {
+    throw field.element.AttributeError("outliers", "is for fields of numbers only");
+  }
+}
+
+void FieldTreatment::ValueSet::Add(const Cell& literal) {
+  if (literal.state == Cell::kText) {
+    texts.Add(literal.textId);
+  } else {
+    numbers.Add(literal.number);
+  }
+}
+
+void FieldTreatment::ValueSet::Seal() {
+  texts.Seal();
+  numbers.Seal();
+}
+
+bool FieldTreatment::PassesNumbers() const noexcept {
+  return fMissing.IsEmpty() && fInvalid.IsEmpty() && !fIsRestricted && fOutliers == OutlierTreatment::kAsIs;
+}
+
+Cell FieldTreatment::Treat(const Value& value, const TextPool& pool) const noexcept {
+  if (IsDeclaredMissing(value)) return TreatMissing();
+  const Cell cell = KelTransformNS::ReadCell(value, fType, pool);
+  if (cell.IsMissing() || (!cell.IsInvalid() && fMissing.Contains(cell))) return TreatMissing();
+  if (!IsValid(cell)) return TreatInvalid(cell);
+  return TreatOutlier(cell);
+}
+
+// A marker such as "N/A" isn't of the type of a field of numbers.
+bool FieldTreatment::IsDeclaredMissing(const Value& value) const noexcept {
+  return !fMissingTexts.empty() && value.GetType() == Value::kText &&
+         std::find(fMissingTexts.begin(), fMissingTexts.end(), value.Text()) != fMissingTexts.end();
+}
+
+// Valid values and intervals add up: a number is valid if it is listed or lies in an interval.
+bool FieldTreatment::IsValid(const Cell& cell) const noexcept {
+  if (cell.IsInvalid() || fInvalid.Contains(cell)) return false;
+  if (!fIsRestricted || fValid.Contains(cell)) return true;
+  return cell.state == Cell::kNumber &&
+         std::any_of(fIntervals.begin(), fIntervals.end(),
+                     [&](const Interval& interval) { return interval.Contains(cell.number); });
+}
+
+Cell FieldTreatment::TreatMissing() const noexcept {
+  return fMissingReturnsInvalid ? Cell::Invalid() : fMissingReplacement;
+}
+
+Cell FieldTreatment::TreatInvalid(const Cell& cell) const noexcept {
+  switch (fInvalidTreatment) {
+    case InvalidTreatment::kAsMissing:
+      return TreatMissing();
+    case InvalidTreatment::kAsValue:
+      return fInvalidReplacement;
+    case InvalidTreatment::kAsIs:
+      // A text in a field of numbers can't be used as it is; it stays invalid rather than being guessed at.
+      return cell.IsInvalid() ? cell : TreatOutlier(cell);
+    case InvalidTreatment::kReturnInvalid:
+      break;
+  }
+  return Cell::Invalid();
+}
+
+// Values on the limits are none.
+Cell FieldTreatment::TreatOutlier(const Cell& cell) const noexcept {
+  if (fOutliers == OutlierTreatment::kAsIs || (cell.number >= fLowValue && cell.number <= fHighValue)) return cell;
+  if (fOutliers == OutlierTreatment::kAsMissing) return TreatMissing();
+  return Cell::Number(std::clamp(cell.number, fLowValue, fHighValue));
+}
+
+}  // namespace Torvane

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "components/keltransform/Cell.h"
+#include "plugins/torvane/Reading.h"
+
+namespace Torvane {
+
+enum class FieldUsage { kActive, kTarget, kUnused };
+enum class OutlierTreatment { kAsIs, kAsMissing, kAsExtreme };
+enum class InvalidTreatment { kReturnInvalid, kAsIs, kAsMissing, kAsValue };
+
+/// A "MiningField" as it stands.
+struct MiningField {
+  std::string name;
+  FieldUsage usage;
+  std::optional<KelTransformNS::OpType> opType;
+  OutlierTreatment outliers;
+  std::optional<double> lowValue;
+  std::optional<double> highValue;
+  InvalidTreatment invalidTreatment;
+  std::optional<std::string> invalidReplacement;
+  std::optional<std::string> missingReplacement;
+  bool missingReturnsInvalid;
+  Element element;
+};
+
+/// A "MiningSchema": the fields that a model may see, and what becomes of their missing, invalid and extreme values.
+struct MiningSchema {
+  std::vector<MiningField> fields;  // with distinct names, in document order
+  /// Derived fields that the library computes into the record: those of the "DerivedFields" extension.
+  std::set<std::string, std::less<>> derivedInRecord;
+
+  /// Null if the schema doesn't list the name.
+  [[nodiscard]] const MiningField* Find(std::string_view name) const;
+
+  std::unordered_map<std::string, std::size_t> positions;  // of the names in `fields`
+};
+
+/// Throws for a duplicate field, an unknown word, a treatment that lacks its value.
+[[nodiscard]] MiningSchema ReadMiningSchema(const Element& element);
+
+}  // namespace Torvane

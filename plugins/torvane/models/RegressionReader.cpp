@@ -1,0 +1,126 @@
+#include "plugins/torvane/models/RegressionReader.h"
+
+#include <algorithm>
+#include <numeric>
+#include <string>
+
+namespace Torvane {
+namespace {
+
+// From this version on the text of the standard says that one table speaks for both of two categories, and what is
+// wrong for more.
+constexpr int kClarifiedVersion = 403;
+
+constexpr Word<int> kModelTypes[] = {
+    {"linearRegression", 0}, {"stepwisePolynomialRegression", 1}, {"logisticRegression", 2}};  // without influence
+
+}  // namespace
+
+std::unique_ptr<ModelBody> RegressionModel::Build(const Element& model, FieldScope& scope, Target& target) {
+  return RegressionReader(model, scope, target).Read();
+}
+
+RegressionReader::RegressionReader(const Element& model, FieldScope& scope, Target& target)
+    : fElement(model), fScope(scope), fTarget(target), fModel(std::make_unique<RegressionModel>()) {}
+
+std::unique_ptr<RegressionModel> RegressionReader::Read() {
+  static constexpr Word<Method> kMethods[] = {
+      {"none", Method::kNone},     {"simplemax", Method::kSimplemax}, {"softmax", Method::kSoftmax},
+      {"logit", Method::kLogit},   {"probit", Method::kProbit},       {"cloglog", Method::kCloglog},
+      {"loglog", Method::kLoglog}, {"cauchit", Method::kCauchit},     {"exp", Method::kExp},
+  };
+  RefuseUnknownModelChildren(fElement, "RegressionTable");
+  (void)ReadWord(fElement, "modelType", kModelTypes, 0);
+  fModel->fMethod = ReadWord(fElement, "normalizationMethod", kMethods, Method::kNone);
+  fModel->fIsClassification = fTarget.Function() == MiningFunction::kClassification;
+  ReadTables();
+  if (fModel->fIsClassification) {
+    ReadClassification();
+  } else {
+    ReadRegression();
+  }
+  return std::move(fModel);
+}
+
+void RegressionReader::ReadTables() {
+  for (Element table = fElement.RequiredChild("RegressionTable"); table; table = table.Next("RegressionTable")) {
+    fModel->fTables.emplace_back(table, fScope);
+    if (!fModel->fIsClassification) continue;
+    const std::uint32_t category = fTarget.AddCategory(table, "targetCategory", table.Required("targetCategory"));
+    const auto& known = fModel->fCategories;
+    if (std::find(known.begin(), known.end(), category) != known.end()) {
+      throw table.AttributeError("targetCategory", "has a table already");
+    }
+    fModel->fCategories.push_back(category);
+  }
+}
+
+void RegressionReader::ReadRegression() {
+  const Element second = fElement.Child("RegressionTable").Next("RegressionTable");
+  if (second) throw second.Error("is a second table; a regression has one");
+  if (fModel->fMethod == Method::kSimplemax) {
+    throw fElement.AttributeError("normalizationMethod", "has no meaning for a regression");
+  }
+}
+
+void RegressionReader::ReadClassification() {
+  RegressionModel& model = *fModel;
+  if (model.fTables.size() < 2) throw fElement.Error("needs a RegressionTable for each of two categories or more");
+  model.fWinningOrder.resize(model.fTables.size());
+  std::iota(model.fWinningOrder.begin(), model.fWinningOrder.end(), 0U);
+  model.fCombination = ChooseCombination();
+  if (model.fCombination == Combination::kCumulative) SortByCategory();
+  if (model.fCombination == Combination::kBinary) model.fBinaryTable = model.fTables[0].IsTrivial() ? 1 : 0;
+  std::vector<bool> isTold(fTarget.Categories().size());
+  for (const std::uint32_t category : model.fCategories) isTold[category] = true;
+  for (std::uint32_t i = 0; i < isTold.size(); ++i) {
+    if (!isTold[i]) model.fUntold.push_back(i);
+  }
+}
+
+// Cumulative probabilities follow the order of the target's values, whatever order the tables stand in.
+void RegressionReader::SortByCategory() {
+  RegressionModel& model = *fModel;
+  std::vector<std::uint32_t> order = model.fWinningOrder;
+  std::sort(order.begin(), order.end(),
+            [&](std::uint32_t a, std::uint32_t b) { return model.fCategories[a] < model.fCategories[b]; });
+  std::vector<RegressionTable> tables;
+  std::vector<std::uint32_t> categories;
+  for (std::uint32_t place = 0; place < order.size(); ++place) {
+    tables.push_back(std::move(model.fTables[order[place]]));
+    categories.push_back(model.fCategories[order[place]]);
+    model.fWinningOrder[order[place]] = place;
+  }
+  model.fTables = std::move(tables);
+  model.fCategories = std::move(categories);
+}
+
+RegressionReader::Combination RegressionReader::ChooseCombination() const {
+  switch (fModel->fMethod) {
+    case Method::kSoftmax:
+      return Combination::kSoftmax;
+    case Method::kSimplemax:
+      return Combination::kEachShared;
+    case Method::kExp:
+      if (fScope.GetDocument().version < kClarifiedVersion) return Combination::kEach;
+      throw fElement.AttributeError("normalizationMethod", "gives no probabilities");
+    default:
+      break;
+  }
+  if (fTarget.IsOrdinal()) return Combination::kCumulative;
+  return fModel->fTables.size() == 2 ? Combination::kBinary : ChooseForMany();
+}
+
+// For more than two categories without an order the older text applies F to each table. The later one knows the
+// remainder for "none" only; a "logit" then means one table against the rest, whose shares are taken.
+RegressionReader::Combination RegressionReader::ChooseForMany() const {
+  const bool isClarified = fScope.GetDocument().version >= kClarifiedVersion;
+  if (fModel->fMethod == Method::kNone) {
+    return isClarified || fModel->fTables.back().IsTrivial() ? Combination::kRemainder : Combination::kEach;
+  }
+  if (!isClarified) return Combination::kEach;
+  if (fModel->fMethod == Method::kLogit) return Combination::kEachShared;
+  throw fElement.AttributeError("normalizationMethod", "is for an ordinal target or two categories");
+}
+
+}  // namespace Torvane

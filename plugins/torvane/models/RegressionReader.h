@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "plugins/torvane/models/RegressionModel.h"
+
+namespace Torvane {
+
+/// Reads a "RegressionModel" element.
+class RegressionReader {
+ public:
+  RegressionReader(const Element& model, FieldScope& scope, Target& target);
+  std::unique_ptr<RegressionModel> Read();
+
+ private:
+  using Method = RegressionModel::Method;
+  using Combination = RegressionModel::Combination;
+
+  void ReadRegression();
+  void ReadClassification();
+  void ReadTables();
+  void SortByCategory();
+  [[nodiscard]] Combination ChooseCombination() const;
+  [[nodiscard]] Combination ChooseForMany() const;
+
+  Element fElement;
+  FieldScope& fScope;
+  Target& fTarget;
+  std::unique_ptr<RegressionModel> fModel;
+};
+
+}  // namespace Torvane

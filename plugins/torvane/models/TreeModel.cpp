@@ -1,0 +1,240 @@
+#include "plugins/torvane/models/TreeModel.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "scoring/common/KelScoringConst.h"
+
+namespace Torvane {
+
+using KelCommon_1_3::Value;
+using KelTransformNS::Cell;
+
+// --- Identifiers ---
+
+namespace {
+
+constexpr std::size_t kLongestNumber = 10;
+
+// The number that a text writes in its shortest form.
+std::optional<std::uint32_t> CanonicalNumber(std::string_view text) {
+  std::uint32_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  const bool isWhole = error == std::errc() && end == text.data() + text.size() && text[0] != '+';
+  return isWhole && (text[0] != '0' || text.size() == 1) ? std::optional(number) : std::nullopt;
+}
+
+void WriteNumber(std::uint32_t number, Value& value) {
+  char text[kLongestNumber + 1];
+  *std::to_chars(text, text + kLongestNumber, number).ptr = '\0';
+  value = text;
+}
+
+}  // namespace
+
+void NodeIds::Assign(const std::vector<std::optional<std::string_view>>& ids) {
+  fNumbers.reserve(ids.size());
+  for (const std::optional<std::string_view>& id : ids) {
+    const auto position = static_cast<std::uint32_t>(fNumbers.size() + 1);
+    const std::optional<std::uint32_t> number = id ? CanonicalNumber(*id) : position;
+    if (!number) break;
+    fNumbers.push_back(*number);
+  }
+  if (fNumbers.size() == ids.size()) return;
+  fNumbers = {};
+  for (std::size_t i = 0; i < ids.size(); ++i) {
+    fTexts += ids[i] ? std::string(*ids[i]) : std::to_string(i + 1);
+    fEnds.push_back(static_cast<std::uint32_t>(fTexts.size()));
+  }
+  fTexts.shrink_to_fit();
+  fEnds.shrink_to_fit();
+}
+
+void NodeIds::Write(std::uint32_t node, Value& value) const {
+  if (!fNumbers.empty()) return WriteNumber(fNumbers[node], value);
+  const std::uint32_t begin = node == 0 ? 0 : fEnds[node - 1];
+  thread_local std::string text;  // keeps its buffer, as the value does
+  text.assign(fTexts, begin, fEnds[node] - begin);
+  value = text;
+}
+
+// --- Evaluation ---
+
+const char* TreeModel::EntityKey() const noexcept { return KelScoring_20::KelScoringConst::kOutputTreeNodeid; }
+
+void TreeModel::Evaluate(const Cell* frame, Prediction& prediction) const noexcept {
+  bool surrogateUsed = false;
+  if (fPredicates.Evaluate(fNodes[0].test, frame, surrogateUsed) != Truth::kTrue) return;
+  double penalty = 1.0;
+  std::uint32_t node = 0;
+  while (fNodes[node].isInner) {
+    std::uint32_t child = 0;
+    surrogateUsed = false;
+    const Found found = FindChild(node, frame, child, surrogateUsed);
+    if (found == Found::kTrue) {
+      if (surrogateUsed) penalty *= fPenalty;
+      node = child;
+      continue;
+    }
+    if (found == Found::kNothing) {
+      if (fReturnsLast) Conclude(node, penalty, prediction);
+      return;
+    }
+    switch (fMissingStrategy) {
+      case MissingStrategy::kLastPrediction:
+        return Conclude(node, penalty, prediction);
+      case MissingStrategy::kDefaultChild:
+        if (fDefaultChildren[node] == 0) return;
+        node = fDefaultChildren[node];
+        penalty *= fPenalty;
+        continue;
+      case MissingStrategy::kWeightedConfidence:
+        return MixConfidences(node, penalty, frame, prediction);
+      case MissingStrategy::kAggregateNodes:
+        return AggregateNodes(node, penalty, frame, prediction);
+      default:
+        return;
+    }
+  }
+  Conclude(node, penalty, prediction);
+}
+
+// The first child that is true, or the first that is unknown if that comes before; with the strategy "none" an unknown
+// child is passed over.
+TreeModel::Found TreeModel::FindChild(std::uint32_t node, const Cell* frame, std::uint32_t& child,
+                                      bool& surrogateUsed) const noexcept {
+  for (child = node + 1; child != 0; child = fNodes[child].nextSibling) {
+    bool used = false;
+    const Truth truth = fPredicates.Evaluate(fNodes[child].test, frame, used);
+    if (truth == Truth::kTrue) {
+      surrogateUsed = used;
+      return Found::kTrue;
+    }
+    if (truth == Truth::kUnknown && fMissingStrategy != MissingStrategy::kNone) return Found::kUnknown;
+  }
+  return Found::kNothing;
+}
+
+// A leaf that says nothing is invalid; an inner node, which is asked as the last resort, has no prediction then.
+void TreeModel::Conclude(std::uint32_t node, double penalty, Prediction& prediction) const noexcept {
+  const Node& final = fNodes[node];
+  prediction.entity = node;
+  if (final.result == kNoResult) {
+    prediction.outcome = final.isInner ? Outcome::kMissing : Outcome::kInvalid;
+    return;
+  }
+  prediction.outcome = Outcome::kValue;
+  if (!fIsClassification) {
+    prediction.number = fScores[final.result];
+    return;
+  }
+  prediction.category = final.result;
+  if (prediction.wantsDistribution) FillDistribution(node, penalty, prediction);
+}
+
+void TreeModel::FillDistribution(std::uint32_t node, double penalty, Prediction& prediction) const noexcept {
+  std::fill_n(prediction.probabilities, fCategoryCount, 0.0);
+  std::fill_n(prediction.confidences, fCategoryCount, 0.0);
+  AddDistribution({node, 1.0, penalty}, prediction);
+  prediction.hasProbabilities = true;
+  prediction.hasConfidences = true;
+}
+
+// A node without a distribution is sure of its score. The penalty is for confidences only.
+void TreeModel::AddDistribution(const Branch& branch, Prediction& prediction) const noexcept {
+  const std::uint32_t begin = fFirstEntry.empty() ? 0 : fFirstEntry[branch.node];
+  const std::uint32_t end = fFirstEntry.empty() ? 0 : fFirstEntry[branch.node + 1];
+  const std::uint32_t result = fNodes[branch.node].result;
+  if (begin == end && result != kNoResult) {
+    prediction.probabilities[result] += branch.weight;
+    prediction.confidences[result] += branch.weight * branch.penalty;
+  }
+  const std::vector<double>& confidences = fConfidences.empty() ? fProbabilities : fConfidences;
+  for (std::uint32_t entry = begin; entry < end; ++entry) {
+    const std::uint32_t category = fEntryCategories[entry];
+    prediction.probabilities[category] += branch.weight * fProbabilities[entry];
+    prediction.confidences[category] += branch.weight * confidences[entry] * branch.penalty;
+  }
+}
+
+// Goes down from a node one of whose children is unknown: a true child alone, or from the first unknown one on all
+// that aren't false, each with its share of the parent's records. `reach` gets the nodes at which this ends, in
+// document order. False if there is none.
+template <typename Reach>
+bool TreeModel::FollowUnknown(std::uint32_t node, double penalty, const Cell* frame, Reach&& reach) const {
+  thread_local std::vector<Branch> branches;  // keeps its memory from record to record
+  branches.assign(1, {node, 1.0, penalty});
+  bool reached = false;
+  while (!branches.empty()) {
+    const Branch branch = branches.back();
+    branches.pop_back();
+    std::uint32_t child = 0;
+    bool surrogateUsed = false;
+    const Found found =
+        fNodes[branch.node].isInner ? FindChild(branch.node, frame, child, surrogateUsed) : Found::kNothing;
+    if (found == Found::kNothing) {
+      if (fNodes[branch.node].isInner && !fReturnsLast) continue;
+      reach(branch);
+      reached = true;
+    } else if (found == Found::kTrue) {
+      branches.push_back({child, branch.weight, branch.penalty * (surrogateUsed ? fPenalty : 1.0)});
+    } else {
+      const std::size_t first = branches.size();
+      for (; child != 0; child = fNodes[child].nextSibling) {
+        if (fPredicates.Evaluate(fNodes[child].test, frame, surrogateUsed) == Truth::kFalse) continue;
+        const double share = fRecordCounts.empty() ? 1.0 : fRecordCounts[child] / fRecordCounts[branch.node];
+        branches.push_back({child, branch.weight * share, branch.penalty});
+      }
+      std::reverse(branches.begin() + static_cast<std::ptrdiff_t>(first), branches.end());
+    }
+  }
+  return reached;
+}
+
+// confidence[c] = sum over the children that aren't false of confidence_child[c] * records_child / records_parent, and
+// so for the children of the children. A false child is left out, so the sums may stay below 1.
+void TreeModel::MixConfidences(std::uint32_t node, double penalty, const Cell* frame,
+                               Prediction& prediction) const noexcept {
+  std::fill_n(prediction.probabilities, fCategoryCount, 0.0);
+  std::fill_n(prediction.confidences, fCategoryCount, 0.0);
+  const auto add = [&](const Branch& branch) { AddDistribution(branch, prediction); };
+  if (!FollowUnknown(node, penalty, frame, add)) return;
+  prediction.outcome = Outcome::kValue;
+  prediction.category = BestCategory(prediction.confidences);
+  prediction.entity = node;
+  prediction.hasProbabilities = true;
+  prediction.hasConfidences = true;
+}
+
+// The records of all leaves that can be reached are added up by category; shares of the sum are both probability and
+// confidence, the latter reduced by the penalties above the node.
+void TreeModel::AggregateNodes(std::uint32_t node, double penalty, const Cell* frame,
+                               Prediction& prediction) const noexcept {
+  double* const counts = prediction.probabilities;
+  std::fill_n(counts, fCategoryCount, 0.0);
+  double total = 0.0;
+  const auto add = [&](const Branch& branch) {
+    for (std::uint32_t entry = fFirstEntry[branch.node]; entry < fFirstEntry[branch.node + 1]; ++entry) {
+      counts[fEntryCategories[entry]] += fEntryCounts[entry];
+      total += fEntryCounts[entry];
+    }
+  };
+  (void)FollowUnknown(node, penalty, frame, add);
+  if (total <= 0.0) return;
+  prediction.outcome = Outcome::kValue;
+  prediction.category = BestCategory(counts);
+  prediction.entity = node;
+  for (std::uint32_t i = 0; i < fCategoryCount; ++i) {
+    prediction.probabilities[i] = counts[i] / total;
+    prediction.confidences[i] = prediction.probabilities[i] * penalty;
+  }
+  prediction.hasProbabilities = true;
+  prediction.hasConfidences = true;
+}
+
+// The first one on a tie.
+std::uint32_t TreeModel::BestCategory(const double* figures) const noexcept {
+  return static_cast<std::uint32_t>(std::max_element(figures, figures + fCategoryCount) - figures);
+}
+
+}  // namespace Torvane

@@ -1,0 +1,111 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "plugins/torvane/fields/FieldScope.h"
+#include "plugins/torvane/models/ModelBody.h"
+#include "plugins/torvane/predicates/Predicate.h"
+#include "plugins/torvane/targets/Target.h"
+
+namespace Torvane {
+
+/// The identifiers of a tree's nodes. Almost all trees number their nodes, and numbers take four bytes.
+class NodeIds {
+ public:
+  /// `ids` in the order of the nodes; one that is absent becomes the node's position from 1.
+  void Assign(const std::vector<std::optional<std::string_view>>& ids);
+  void Write(std::uint32_t node, KelCommon_1_3::Value& value) const;
+
+ private:
+  std::vector<std::uint32_t> fNumbers;
+  std::vector<std::uint32_t> fEnds;  // of each text in fTexts, if not all ids are numbers
+  std::string fTexts;
+};
+
+/// A decision or regression tree.
+///
+/// Nodes stand in document order, so that a node's first child is the next node. Predicates are tested in the order of
+/// the document, and the first true child is entered; what an unknown one does is the missing value strategy's affair.
+/// Where strategies leave room, this is what holds: an unknown child ends the search at once, before its later
+/// siblings are looked at (except for the strategy "none"); an unknown predicate of the root gives no prediction.
+class TreeModel final : public ModelBody {
+ public:
+  static std::unique_ptr<ModelBody> Build(const Element& model, FieldScope& scope, Target& target);
+
+  void Evaluate(const KelTransformNS::Cell* frame, Prediction& prediction) const noexcept override;
+  [[nodiscard]] bool GivesConfidences() const noexcept override { return fIsClassification; }
+  [[nodiscard]] std::uint32_t EntityCount() const noexcept override {
+    return static_cast<std::uint32_t>(fNodes.size());
+  }
+  void WriteEntity(std::uint32_t entity, KelCommon_1_3::Value& value) const override { fIds.Write(entity, value); }
+  [[nodiscard]] const char* EntityKey() const noexcept override;
+
+ private:
+  friend class TreeReader;
+
+  enum class MissingStrategy : std::uint8_t {
+    kNone,
+    kLastPrediction,
+    kNullPrediction,
+    kDefaultChild,
+    kWeightedConfidence,
+    kAggregateNodes,
+  };
+
+  static constexpr std::uint32_t kNoResult = Prediction::kNone;
+
+  struct Node {
+    Test test;
+    std::uint32_t nextSibling : 31 = 0;  // 0: it is the last child
+    std::uint32_t isInner : 1 = 0;
+    std::uint32_t result = kNoResult;  // the category of a classification, else a position in fScores
+  };
+
+  enum class Found { kTrue, kUnknown, kNothing };
+
+  // A node that is reached by an unknown predicate, with what its result counts for.
+  struct Branch {
+    std::uint32_t node;
+    double weight;
+    double penalty;
+  };
+
+  Found FindChild(std::uint32_t node, const KelTransformNS::Cell* frame, std::uint32_t& child,
+                  bool& surrogateUsed) const noexcept;
+  void Conclude(std::uint32_t node, double penalty, Prediction& prediction) const noexcept;
+  void FillDistribution(std::uint32_t node, double penalty, Prediction& prediction) const noexcept;
+  void AddDistribution(const Branch& branch, Prediction& prediction) const noexcept;
+  template <typename Reach>
+  bool FollowUnknown(std::uint32_t node, double penalty, const KelTransformNS::Cell* frame, Reach&& reach) const;
+  void MixConfidences(std::uint32_t node, double penalty, const KelTransformNS::Cell* frame,
+                      Prediction& prediction) const noexcept;
+  void AggregateNodes(std::uint32_t node, double penalty, const KelTransformNS::Cell* frame,
+                      Prediction& prediction) const noexcept;
+  [[nodiscard]] std::uint32_t BestCategory(const double* figures) const noexcept;
+
+  PredicateTable fPredicates;
+  std::vector<Node> fNodes;
+  std::vector<double> fScores;  // of a regression
+  NodeIds fIds;
+
+  // Score distributions: the entries of node i begin at fFirstEntry[i] and end at fFirstEntry[i + 1]. Empty without
+  // any.
+  std::vector<std::uint32_t> fFirstEntry;
+  std::vector<std::uint32_t> fEntryCategories;
+  std::vector<double> fProbabilities;
+  std::vector<double> fConfidences;             // empty if they equal the probabilities throughout
+  std::vector<double> fEntryCounts;             // for "aggregateNodes" only
+  std::vector<double> fRecordCounts;            // of the nodes, for "weightedConfidence" only
+  std::vector<std::uint32_t> fDefaultChildren;  // of the nodes, for "defaultChild" only; 0: none
+
+  std::uint32_t fCategoryCount = 0;
+  double fPenalty = 1.0;
+  MissingStrategy fMissingStrategy = MissingStrategy::kNone;
+  bool fReturnsLast = false;
+  bool fIsClassification = false;
+};
+
+}  // namespace Torvane

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "plugins/torvane/models/TreeModel.h"
+
+namespace Torvane {
+
+/// Reads a "TreeModel" element. Documents nest nodes thousands deep, so nothing here calls itself.
+class TreeReader {
+ public:
+  TreeReader(const Element& model, FieldScope& scope, Target& target);
+  std::unique_ptr<TreeModel> Read();
+
+ private:
+  using Strategy = TreeModel::MissingStrategy;
+
+  // A "ScoreDistribution" as it stands.
+  struct Entry {
+    std::uint32_t category;
+    double recordCount;
+    std::optional<double> confidence;
+    std::optional<double> probability;
+  };
+  // A node whose children are being read.
+  struct OpenNode {
+    std::uint32_t node;
+    std::uint32_t lastChild;
+    Element element;
+    Element nextChild;
+  };
+
+  void ReadStrategies();
+  void CheckStrategies() const;
+  void ReadNodes(const Element& root);
+  void ReadChild(OpenNode& parent, std::vector<OpenNode>& open);
+  OpenNode AddNode(const Element& element);
+  void ReadPredicate(const Element& element);
+  void ReadResult(const Element& element, std::uint32_t node, bool isInner);
+  void ReadDistribution(const Element& element);
+  void ReadRecordCount(const Element& element, bool isInner);
+  void AddEntries(const Element& element, bool isInner);
+  void FindDefaultChild(const OpenNode& open);
+  [[nodiscard]] std::uint32_t AddScore(const Element& element, std::string_view what, std::string_view text);
+  [[nodiscard]] std::uint32_t BestEntry() const;
+  [[nodiscard]] double Probability(const Entry& entry, double countSum) const;
+  [[nodiscard]] bool InnerNodesPredict() const;
+  void Shrink();
+
+  Element fElement;
+  FieldScope& fScope;
+  Target& fTarget;
+  std::unique_ptr<TreeModel> fTree;
+  PredicateCompiler fPredicates;
+  std::vector<std::optional<std::string_view>> fIds;
+  std::vector<Entry> fEntries;  // of the current node
+  bool fHasConfidences = false;
+};
+
+}  // namespace Torvane

@@ -1,0 +1,327 @@
+#include "plugins/torvane/outputs/OutputTable.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "scoring/common/KelScoringConst.h"
+
+namespace Torvane {
+
+namespace Const = KelScoring_20::KelScoringConst;
+using KelCommon_1_3::Value;
+using KelCommon_1_3::ValueRecord;
+using KelTransformNS::Cell;
+using KelTransformNS::DataType;
+using KelTransformNS::TextPool;
+
+namespace {
+
+// The features of the kinds that are built here. "standardError" would need the covariances of the parameters, which
+// these kinds' documents don't hold; "warning" has nothing to tell. Both stay null.
+constexpr Word<Feature> kFeatures[] = {
+    {"predictedValue", Feature::kPredictedValue},
+    {"predictedDisplayValue", Feature::kPredictedDisplayValue},
+    {"probability", Feature::kProbability},
+    {"confidence", Feature::kConfidence},
+    {"residual", Feature::kResidual},
+    {"entityId", Feature::kEntityId},
+    {"transformedValue", Feature::kExpression},
+    {"decision", Feature::kExpression},
+    {"standardError", Feature::kNothing},
+    {"warning", Feature::kNothing},
+};
+
+bool IsByCategory(Feature feature) {
+  return feature == Feature::kPredictedValue || feature == Feature::kPredictedDisplayValue;
+}
+
+bool IsDistribution(const Output& output) {
+  return output.feature == Feature::kProbability || output.feature == Feature::kConfidence ||
+         output.feature == Feature::kAllProbabilities || output.feature == Feature::kResidual;
+}
+
+// A number as a value of another type; invalid if it can't be one.
+Cell Converted(double number, DataType type) noexcept {
+  switch (type) {
+    case DataType::kString:
+      return {number, nullptr, KelTransformNS::TextPool::kUnknown, Cell::kText};
+    case DataType::kInteger:
+      return number == std::trunc(number) ? Cell::Number(number) : Cell::Invalid();
+    case DataType::kFloat:
+      return Cell::Number(static_cast<double>(static_cast<float>(number)));
+    case DataType::kBoolean:
+      return number == 0.0 || number == 1.0 ? Cell::Number(number) : Cell::Invalid();
+    default:
+      return Cell::Number(number);
+  }
+}
+
+// Producers also write the attribute in lower case, as printed examples of the standard do.
+std::optional<DataType> ReadDataType(const Element& element) {
+  const char* const name = element.Attribute("dataType") ? "dataType" : "datatype";
+  const std::optional<std::string_view> text = element.Attribute(name);
+  if (!text) return std::nullopt;
+  DataType type;
+  if (!KelTransformNS::ParseDataType(*text, type)) throw element.AttributeError(name, "is no data type");
+  return type;
+}
+
+Element FindExpression(const Element& outputField) {
+  Element child = outputField.FirstChild();
+  while (child && (IsIgnorable(child) || child.Is("Decisions") || child.Is("Value"))) child = child.NextSibling();
+  return child;
+}
+
+}  // namespace
+
+OutputTable::OutputTable(FieldScope& scope, const Target& target, const ModelBody& body, const Element& model)
+    : fTarget(target), fBody(body) {
+  AddVocabulary(scope.Pool());
+  const Element element = model.Child("Output");
+  RefuseUnknownChildren(element, {"OutputField"});
+  for (Element field = element.Child("OutputField"); field; field = field.Next("OutputField")) {
+    fHasExpressions = fHasExpressions || FindExpression(field);
+  }
+  for (Element field = element.Child("OutputField"); field; field = field.Next("OutputField")) {
+    ReadOutputField(scope, field);
+  }
+  fHasDistributions = std::any_of(fOutputs.begin(), fOutputs.end(), IsDistribution);
+  fProgram = scope.Compiler().Finish();
+  ValueRecord members;
+  FillNames(members);
+  fMemberLayout = members.Layout();
+}
+
+void OutputTable::AddVocabulary(TextPool& pool) {
+  AddOutput(pool, Feature::kPredictedValue, Const::kOutputPrediction);
+  if (fTarget.Function() == MiningFunction::kClassification) {
+    AddOutput(pool, Feature::kProbability, Const::kOutputProbability);
+    AddOutput(pool, Feature::kAllProbabilities, Const::kOutputProbCategory);
+    if (fBody.GivesConfidences()) AddOutput(pool, Feature::kConfidence, Const::kOutputConfidence);
+  }
+  if (fBody.EntityKey() != nullptr) AddOutput(pool, Feature::kEntityId, fBody.EntityKey());
+}
+
+void OutputTable::AddOutput(TextPool& pool, Feature feature, const char* name) {
+  Output output;
+  output.name = name;
+  output.feature = feature;
+  ChooseType(pool, std::nullopt, output);
+  fByName.emplace(output.name, fOutputs.size());
+  fOutputs.push_back(std::move(output));
+}
+
+void OutputTable::ReadOutputField(FieldScope& scope, const Element& element) {
+  Output output;
+  output.name = element.Required("name");
+  output.isDeclared = true;
+  ReadFeature(element, output);
+  CheckAttributes(element, output.feature);
+  if (output.feature == Feature::kExpression) {
+    ReadExpression(scope, element, output);
+  } else {
+    if (FindExpression(element)) throw FindExpression(element).Error("belongs to the feature transformedValue");
+    ReadCategory(element, output);
+    if (output.feature == Feature::kResidual) ReadResidual(scope, element, output);
+    ChooseType(scope.Pool(), ReadDataType(element), output);
+  }
+  AddToScope(scope, output);
+  Place(std::move(output), element);
+}
+
+// Without a feature it is the predicted value, or the expression if there is one.
+void OutputTable::ReadFeature(const Element& element, Output& output) {
+  const Feature absent = FindExpression(element) ? Feature::kExpression : Feature::kPredictedValue;
+  output.feature = ReadWord(element, "feature", kFeatures, absent);
+  const bool isClassification = fTarget.Function() == MiningFunction::kClassification;
+  if (output.feature == Feature::kProbability && !isClassification) {
+    throw element.AttributeError("feature", "needs a classification");
+  }
+  if (output.feature == Feature::kConfidence && !(isClassification && fBody.GivesConfidences())) {
+    throw element.AttributeError("feature", "isn't known to this kind of model");
+  }
+  if (output.feature == Feature::kEntityId && fBody.EntityCount() == 0) {
+    throw element.AttributeError("feature", "isn't known to this kind of model");
+  }
+}
+
+void OutputTable::CheckAttributes(const Element& element, Feature feature) const {
+  if (element.Attribute("segmentId")) throw element.AttributeError("segmentId", "needs segments");
+  const auto target = element.Attribute("targetField");
+  if (target && !fTarget.Name().empty() && *target != fTarget.Name()) {
+    throw element.AttributeError("targetField", "isn't the target of the model");
+  }
+  if (element.Boolean("isMultiValued", false)) throw element.AttributeError("isMultiValued", "is not supported");
+  if (feature == Feature::kEntityId && element.Integer("rank").value_or(1) != 1) {
+    throw element.AttributeError("rank", "is not supported: a record has one entity");
+  }
+}
+
+void OutputTable::ReadExpression(FieldScope& scope, const Element& element, Output& output) {
+  const Element expression = FindExpression(element);
+  if (!expression) throw element.Error("has no expression");
+  const KelTransformNS::ResolvedField field = scope.Compiler().CompileExpression(expression, ReadDataType(element));
+  output.slot = field.slot;
+  output.type = field.dataType;
+}
+
+void OutputTable::ReadCategory(const Element& element, Output& output) const {
+  const auto value = element.Attribute("value");
+  const bool isOfCategory = IsDistribution(output) && fTarget.Function() == MiningFunction::kClassification;
+  if (!value || !isOfCategory) return;
+  const std::optional<std::uint32_t> category = fTarget.FindCategory(*value);
+  if (category) {
+    output.category = *category;
+  } else {
+    output.feature = Feature::kNothing;  // a category that the model doesn't know has no probability
+  }
+}
+
+void OutputTable::ReadResidual(FieldScope& scope, const Element& element, Output& output) {
+  if (fTarget.Name().empty()) throw element.AttributeError("feature", "needs a target field");
+  fTargetSlot = scope.Resolve(fTarget.Name(), element).slot;
+  output.type = DataType::kDouble;
+}
+
+// Categories are shown in the type of the target if nothing else is asked for, their display values are texts. What
+// can't be converted is shown as null.
+void OutputTable::ChooseType(TextPool& pool, std::optional<DataType> type, Output& output) const {
+  const bool isDisplay = output.feature == Feature::kPredictedDisplayValue;
+  output.type = type.value_or(DataType::kDouble);
+  if (output.feature == Feature::kEntityId) output.type = type.value_or(DataType::kString);
+  if (!IsByCategory(output.feature)) return;
+  if (fTarget.Function() == MiningFunction::kRegression) {
+    if (isDisplay) output.type = type.value_or(DataType::kString);
+    return;
+  }
+  output.type = type.value_or(isDisplay ? DataType::kString : fTarget.Type());
+  for (const Category& category : fTarget.Categories()) {
+    const std::string& shown = isDisplay ? category.displayValue : category.text;
+    const bool isAsItIs = !isDisplay && output.type == fTarget.Type();
+    output.byCategory.push_back(isAsItIs ? category.cell
+                                         : FindComparand(shown, output.type, pool).value_or(Cell::Invalid()));
+  }
+}
+
+void OutputTable::AddToScope(FieldScope& scope, Output& output) {
+  if (!fHasExpressions) return;
+  if (output.slot == Prediction::kNone) output.slot = scope.Compiler().NewSlot();
+  scope.AddOutput({output.name, output.type, KelTransformNS::ImpliedOpType(output.type), output.slot});
+  if (output.feature == Feature::kEntityId) InternEntities(scope.Pool());
+}
+
+void OutputTable::InternEntities(TextPool& pool) {
+  if (!fEntities.empty()) return;
+  Value id;
+  for (std::uint32_t entity = 0; entity < fBody.EntityCount(); ++entity) {
+    fBody.WriteEntity(entity, id);
+    fEntities.push_back(Cell::Text(pool, pool.Intern(id.GetString())));
+  }
+}
+
+void OutputTable::Place(Output output, const Element& element) {
+  const auto [known, isNew] = fByName.emplace(output.name, fOutputs.size());
+  if (isNew) {
+    fOutputs.push_back(std::move(output));
+    return;
+  }
+  Output& vocabulary = fOutputs[known->second];
+  if (vocabulary.isDeclared) throw element.AttributeError("name", "stands there twice");
+  if (output.name == Const::kOutputPrediction || output.name == Const::kOutputProbability) return;
+  vocabulary = std::move(output);
+}
+
+bool OutputTable::NeedsDistribution(const Output& output) const noexcept {
+  return output.feature == Feature::kExpression ? fHasDistributions : IsDistribution(output);
+}
+
+void OutputTable::RunExpressions(KelTransformNS::Frame frame, const Prediction& prediction) const noexcept {
+  for (const Output& output : fOutputs) {
+    if (output.feature != Feature::kExpression && output.slot != Prediction::kNone) {
+      frame[output.slot] = CellOf(output, frame.data(), prediction);
+    }
+  }
+  fProgram.Run(frame);
+}
+
+Cell OutputTable::CellOf(const Output& output, const Cell* frame, const Prediction& prediction) const noexcept {
+  if (prediction.outcome == Outcome::kInvalid) return Cell::Missing();
+  if (output.feature == Feature::kExpression) return frame[output.slot];
+  if (prediction.outcome != Outcome::kValue) return Cell::Missing();
+  const std::uint32_t category = output.category == Prediction::kNone ? prediction.category : output.category;
+  switch (output.feature) {
+    case Feature::kPredictedValue:
+    case Feature::kPredictedDisplayValue:
+      return output.byCategory.empty() ? Converted(prediction.number, output.type)
+                                       : output.byCategory[prediction.category];
+    case Feature::kProbability:
+      return prediction.hasProbabilities ? Converted(prediction.probabilities[category], output.type) : Cell::Missing();
+    case Feature::kConfidence:
+      return prediction.hasConfidences ? Converted(prediction.confidences[category], output.type) : Cell::Missing();
+    case Feature::kResidual:
+      return Residual(output, frame, prediction);
+    case Feature::kEntityId:
+      return prediction.entity < fEntities.size() ? fEntities[prediction.entity] : Cell::Missing();
+    default:
+      return Cell::Missing();
+  }
+}
+
+// Of a number: the true value minus the predicted one. Of a category: 1 or 0, as the true value is it or not, minus
+// its probability.
+Cell OutputTable::Residual(const Output& output, const Cell* frame, const Prediction& prediction) const noexcept {
+  const Cell& actual = frame[fTargetSlot];
+  if (actual.state != Cell::kNumber && actual.state != Cell::kText) return Cell::Missing();
+  if (fTarget.Function() == MiningFunction::kRegression) {
+    return actual.state == Cell::kNumber ? Converted(actual.number - prediction.number, output.type) : Cell::Missing();
+  }
+  if (!prediction.hasProbabilities) return Cell::Missing();
+  const std::uint32_t index = output.category == Prediction::kNone ? prediction.category : output.category;
+  const Cell& category = fTarget.Categories()[index].cell;
+  const bool isActual =
+      actual.state == Cell::kText ? actual.textId == category.textId : actual.number == category.number;
+  return Converted((isActual ? 1.0 : 0.0) - prediction.probabilities[index], output.type);
+}
+
+void OutputTable::Write(const Output& output, const Cell* frame, const Prediction& prediction, Value& value) const {
+  if (output.feature == Feature::kAllProbabilities) return WriteProbabilities(prediction, value);
+  if (output.feature == Feature::kEntityId) {
+    const bool isKnown = prediction.outcome == Outcome::kValue && prediction.entity != Prediction::kNone;
+    return isKnown ? fBody.WriteEntity(prediction.entity, value) : value.SetNull();
+  }
+  const Cell cell = CellOf(output, frame, prediction);
+  if (cell.state == Cell::kNumber && output.type == DataType::kDouble) {
+    value = cell.number;
+  } else if (cell.state == Cell::kText && cell.text != nullptr) {
+    value = *cell.text;
+  } else {
+    KelTransformNS::WriteCell(cell, output.type, value);
+  }
+}
+
+// The members keep their places from record to record, so that nothing is looked up and nothing allocated. A record
+// without a result has them, too, all null: a host sees the same columns in every row.
+void OutputTable::WriteProbabilities(const Prediction& prediction, Value& value) const {
+  ValueRecord& members = value.MakeMembers();
+  if (members.Layout() != fMemberLayout) {
+    members.Clear();
+    FillNames(members);
+  }
+  if (prediction.outcome != Outcome::kValue || !prediction.hasProbabilities) return members.SetAllNull();
+  const int count = static_cast<int>(fTarget.Categories().size());
+  for (int i = 0; i < count; ++i) members[i] = prediction.probabilities[i];
+}
+
+void OutputTable::Announce(ValueRecord& record) const {
+  for (const Output& output : fOutputs) {
+    const int position = record.Add(output.name, Value::NULL_VALUE);
+    if (output.feature == Feature::kAllProbabilities) FillNames(record[position].MakeMembers());
+  }
+}
+
+void OutputTable::FillNames(ValueRecord& members) const {
+  for (const Category& category : fTarget.Categories()) members.Add(category.text, Value::NULL_VALUE);
+}
+
+}  // namespace Torvane

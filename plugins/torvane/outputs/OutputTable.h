@@ -1,0 +1,100 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "components/keltransform/Cell.h"
+#include "components/keltransform/Program.h"
+#include "plugins/torvane/fields/FieldScope.h"
+#include "plugins/torvane/models/ModelBody.h"
+#include "plugins/torvane/targets/Target.h"
+#include "scoring/common/Value.h"
+#include "scoring/common/ValueRecord.h"
+
+namespace Torvane {
+
+/// What an output tells of a prediction.
+enum class Feature : std::uint8_t {
+  kPredictedValue,
+  kPredictedDisplayValue,
+  kProbability,
+  kConfidence,
+  kAllProbabilities,  ///< a composite value with a member per category
+  kResidual,
+  kEntityId,
+  kExpression,  ///< computed from fields and from outputs before it
+  kNothing,     ///< always null
+};
+
+/// One output that a host can ask for.
+struct Output {
+  std::string name;
+  Feature feature = Feature::kNothing;
+  KelTransformNS::DataType type = KelTransformNS::DataType::kDouble;
+  std::uint32_t category = Prediction::kNone;    ///< the category that is asked for; none: the predicted one
+  std::vector<KelTransformNS::Cell> byCategory;  ///< what is shown for each category, converted to the type
+  bool isDeclared = false;                       ///< it is an "OutputField" of the document
+  std::uint32_t slot = Prediction::kNone;        ///< where expressions find it, or where an expression leaves it
+};
+
+/// All outputs of a model: those of the vocabulary that the model can give, then the document's "OutputField"s.
+/// Immutable once made.
+///
+/// Where a field of the document has the name of the vocabulary, the field serves, but for "prediction" and
+/// "probability", which the library reads itself.
+class OutputTable {
+ public:
+  /// Reads the "Output" of `model`. Its expressions are compiled with the scope's compiler. Throws `PmmlError` for a
+  /// feature that the model kind doesn't have.
+  OutputTable(FieldScope& scope, const Target& target, const ModelBody& body, const Element& model);
+
+  [[nodiscard]] const std::vector<Output>& All() const noexcept { return fOutputs; }
+  /// Whether an output reads probabilities or confidences, itself or by what its expression may refer to.
+  [[nodiscard]] bool NeedsDistribution(const Output& output) const noexcept;
+
+  /// Adds the names of all outputs to a record, as null; the composite one with its members, each null.
+  void Announce(KelCommon_1_3::ValueRecord& record) const;
+
+  /// Puts the outputs into the frame that expressions may refer to, and evaluates the expressions.
+  void RunExpressions(KelTransformNS::Frame frame, const Prediction& prediction) const noexcept;
+  /// Writes one output; null if the prediction has no result for it. `frame` has been through `RunExpressions` if the
+  /// output is an expression.
+  void Write(const Output& output, const KelTransformNS::Cell* frame, const Prediction& prediction,
+             KelCommon_1_3::Value& value) const;
+
+ private:
+  void AddVocabulary(KelTransformNS::TextPool& pool);
+  void AddOutput(KelTransformNS::TextPool& pool, Feature feature, const char* name);
+  void ReadOutputField(FieldScope& scope, const Element& element);
+  void ReadFeature(const Element& element, Output& output);
+  void ReadExpression(FieldScope& scope, const Element& element, Output& output);
+  void ReadCategory(const Element& element, Output& output) const;
+  void ReadResidual(FieldScope& scope, const Element& element, Output& output);
+  void CheckAttributes(const Element& element, Feature feature) const;
+  void ChooseType(KelTransformNS::TextPool& pool, std::optional<KelTransformNS::DataType> type, Output& output) const;
+  void AddToScope(FieldScope& scope, Output& output);
+  void InternEntities(KelTransformNS::TextPool& pool);
+  void Place(Output output, const Element& element);
+  [[nodiscard]] KelTransformNS::Cell CellOf(const Output& output, const KelTransformNS::Cell* frame,
+                                            const Prediction& prediction) const noexcept;
+  [[nodiscard]] KelTransformNS::Cell Residual(const Output& output, const KelTransformNS::Cell* frame,
+                                              const Prediction& prediction) const noexcept;
+  void WriteProbabilities(const Prediction& prediction, KelCommon_1_3::Value& value) const;
+  void FillNames(KelCommon_1_3::ValueRecord& members) const;
+
+  const Target& fTarget;
+  const ModelBody& fBody;
+  std::vector<Output> fOutputs;
+  std::unordered_map<std::string, std::size_t> fByName;
+  bool fHasExpressions = false;
+  bool fHasDistributions = false;
+  std::uint32_t fTargetSlot = Prediction::kNone;  // of the true target value, for residuals
+  std::vector<KelTransformNS::Cell> fEntities;    // the identifiers, where expressions may refer to them
+  KelTransformNS::Program fProgram;
+  KelCommon_1_3::RecordLayout fMemberLayout = 0;  // of "probcategory"
+};
+
+}  // namespace Torvane

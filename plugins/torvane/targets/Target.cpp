@@ -1,0 +1,206 @@
+#include "plugins/torvane/targets/Target.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Torvane {
+
+using KelTransformNS::Cell;
+using KelTransformNS::DataType;
+using KelTransformNS::FieldDeclaration;
+using KelTransformNS::OpType;
+
+Target::Target(FieldScope& scope, const Element& model, MiningFunction function, std::string_view fieldHint)
+    : fPool(scope.Pool()),
+      fFunction(function),
+      fType(function == MiningFunction::kRegression ? DataType::kDouble : DataType::kString),
+      fOpType(KelTransformNS::ImpliedOpType(fType)) {
+  ChooseField(scope.Schema(), model, fieldHint);
+  ReadDeclaration(scope);
+  ReadTargets(scope.Schema(), model.Child("Targets"));
+}
+
+// One target is the rule; it may be left out of the schema.
+void Target::ChooseField(const MiningSchema& schema, const Element& model, std::string_view fieldHint) {
+  std::vector<const MiningField*> targets;
+  for (const MiningField& field : schema.fields) {
+    if (field.usage == FieldUsage::kTarget) targets.push_back(&field);
+  }
+  if (targets.size() > 1) {
+    const auto hinted =
+        std::find_if(targets.begin(), targets.end(), [&](const auto* field) { return field->name == fieldHint; });
+    if (hinted == targets.end()) throw targets[1]->element.Error("is a second target; a model predicts one");
+    targets = {*hinted};
+  }
+  if (!targets.empty()) {
+    fName = targets[0]->name;
+    return;
+  }
+  const Element target = model.Child("Targets").Child("Target");
+  if (target && target.Attribute("field")) fName = target.Required("field");
+}
+
+void Target::ReadDeclaration(const FieldScope& scope) {
+  const FieldDeclaration* declaration = fName.empty() ? nullptr : scope.GetDocument().dictionary.Find(fName);
+  if (declaration == nullptr) return;
+  fType = declaration->dataType;
+  const MiningField* field = scope.Schema().Find(fName);
+  fOpType = field != nullptr && field->opType ? *field->opType : declaration->opType;
+  if (fFunction == MiningFunction::kRegression) return;
+  for (const FieldDeclaration::DeclaredValue& declared : declaration->values) {
+    if (declared.property != FieldDeclaration::DeclaredValue::kValid) continue;
+    const std::optional<Cell> cell = FindComparand(declared.value, fType, fPool);
+    if (!cell) continue;  // it can't be predicted
+    fCategories[AddCategory(*cell)].displayValue = declared.displayValue;
+  }
+}
+
+void Target::ReadTargets(const MiningSchema& schema, const Element& targets) {
+  RefuseUnknownChildren(targets, {"Target"});
+  bool isRead = false;
+  for (Element target = targets.Child("Target"); target; target = target.Next("Target")) {
+    const std::optional<std::string_view> field = target.Attribute("field");
+    if (field && *field != fName) {
+      const MiningField* other = schema.Find(*field);
+      if (other == nullptr || other->usage != FieldUsage::kTarget) {
+        throw target.AttributeError("field", "isn't the target of the model");
+      }
+      continue;
+    }
+    if (isRead) throw target.Error("is a second one for the same field");
+    isRead = true;
+    ReadTarget(target);
+  }
+}
+
+void Target::ReadTarget(const Element& target) {
+  static constexpr Word<CastInteger> kCasts[] = {
+      {"round", CastInteger::kRound}, {"ceiling", CastInteger::kCeiling}, {"floor", CastInteger::kFloor}};
+  RefuseUnknownChildren(target, {"TargetValue"});
+  if (const auto opType = target.Attribute("optype")) {
+    if (!KelTransformNS::ParseOpType(*opType, fOpType)) {
+      ThrowUnknownWord(target, "optype", "categorical, ordinal, continuous");
+    }
+  }
+  fMin = target.Number("min");
+  fMax = target.Number("max");
+  if (fMin && fMax && *fMin > *fMax) throw target.AttributeError("min", "is above max");
+  fRescaleFactor = target.Number("rescaleFactor", 1.0);
+  fRescaleConstant = target.Number("rescaleConstant", 0.0);
+  fCastInteger = ReadWord(target, "castInteger", kCasts, CastInteger::kNone);
+  fAdjusts = fMin || fMax || fRescaleFactor != 1.0 || fRescaleConstant != 0.0 || fCastInteger != CastInteger::kNone;
+  for (Element child = target.Child("TargetValue"); child; child = child.Next("TargetValue")) ReadTargetValue(child);
+  CheckPriors(target);
+}
+
+// "rawDataValue" is what 3.0 and 3.1 called "displayValue".
+void Target::ReadTargetValue(const Element& targetValue) {
+  RefuseUnknownChildren(targetValue, {"Partition"});
+  if (fFunction == MiningFunction::kRegression) {
+    const std::optional<double> defaultValue = targetValue.Number("defaultValue");
+    if (defaultValue && fDefaultValue) throw targetValue.AttributeError("defaultValue", "is the second one");
+    if (defaultValue) fDefaultValue = defaultValue;
+    return;
+  }
+  Category& category = fCategories[AddCategory(targetValue, "value", targetValue.Required("value"))];
+  if (const auto display = targetValue.Attribute("displayValue")) {
+    category.displayValue = *display;
+  } else if (const auto raw = targetValue.Attribute("rawDataValue")) {
+    category.displayValue = *raw;
+  }
+  category.priorProbability = targetValue.Number("priorProbability");
+  if (category.priorProbability && !(*category.priorProbability >= 0.0 && *category.priorProbability <= 1.0)) {
+    throw targetValue.AttributeError("priorProbability", "isn't between 0 and 1");
+  }
+  fHasPriors = fHasPriors || category.priorProbability;
+}
+
+void Target::CheckPriors(const Element& target) const {
+  double sum = 0.0;
+  for (const Category& category : fCategories) sum += category.priorProbability.value_or(0.0);
+  if (fHasPriors && sum <= 0.0) throw target.Error("has prior probabilities that are all 0");
+}
+
+std::uint32_t Target::AddCategory(const Element& element, std::string_view what, std::string_view text) {
+  return AddCategory(ReadComparand(element, what, text, fType, fPool));
+}
+
+std::uint32_t Target::AddCategory(const Cell& cell) {
+  if (const std::optional<std::uint32_t> known = FindCategory(cell)) return *known;
+  const auto index = static_cast<std::uint32_t>(fCategories.size());
+  Category& category = fCategories.emplace_back();
+  category.cell = cell;
+  KelTransformNS::WriteCell(cell, fType, category.value);
+  category.text = category.value.GetString();
+  category.displayValue = category.text;
+  if (cell.state == Cell::kText) {
+    fByText.emplace(cell.textId, index);
+  } else {
+    fByNumber.emplace(cell.number, index);
+  }
+  return index;
+}
+
+std::optional<std::uint32_t> Target::FindCategory(const Cell& cell) const {
+  if (cell.state == Cell::kText) {
+    const auto found = fByText.find(cell.textId);
+    if (found != fByText.end()) return found->second;
+  } else {
+    const auto found = fByNumber.find(cell.number);
+    if (found != fByNumber.end()) return found->second;
+  }
+  return std::nullopt;
+}
+
+std::optional<std::uint32_t> Target::FindCategory(std::string_view text) const {
+  const std::optional<Cell> cell = FindComparand(text, fType, fPool);
+  return cell ? FindCategory(*cell) : std::nullopt;
+}
+
+void Target::Finish(Prediction& prediction) const noexcept {
+  if (fFunction == MiningFunction::kRegression) {
+    if (prediction.outcome == Outcome::kValue && std::isnan(prediction.number)) prediction.outcome = Outcome::kInvalid;
+    if (prediction.outcome == Outcome::kValue && fAdjusts) prediction.number = Adjust(prediction.number);
+    if (prediction.outcome == Outcome::kMissing && fDefaultValue) {
+      // The default is a value of the target already, so limits and scaling have no part in it.
+      prediction.outcome = Outcome::kValue;
+      prediction.number = *fDefaultValue;
+    }
+  } else if (prediction.outcome == Outcome::kMissing && fHasPriors) {
+    PredictFromPriors(prediction);
+  }
+}
+
+// In this order: limits, factor, constant, rounding.
+double Target::Adjust(double number) const noexcept {
+  if (fMin) number = std::max(number, *fMin);
+  if (fMax) number = std::min(number, *fMax);
+  number = number * fRescaleFactor + fRescaleConstant;
+  switch (fCastInteger) {
+    case CastInteger::kRound:
+      return std::round(number);
+    case CastInteger::kCeiling:
+      return std::ceil(number);
+    case CastInteger::kFloor:
+      return std::floor(number);
+    case CastInteger::kNone:
+      break;
+  }
+  return number;
+}
+
+void Target::PredictFromPriors(Prediction& prediction) const noexcept {
+  double sum = 0.0;
+  for (const Category& category : fCategories) sum += category.priorProbability.value_or(0.0);
+  prediction.category = 0;
+  for (std::uint32_t i = 0; i < fCategories.size(); ++i) {
+    prediction.probabilities[i] = fCategories[i].priorProbability.value_or(0.0) / sum;
+    if (prediction.probabilities[i] > prediction.probabilities[prediction.category]) prediction.category = i;
+  }
+  prediction.outcome = Outcome::kValue;
+  prediction.hasProbabilities = true;
+  prediction.hasConfidences = false;
+  prediction.entity = Prediction::kNone;
+}
+
+}  // namespace Torvane

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "components/keltransform/Cell.h"
+#include "components/keltransform/DataDictionary.h"
+#include "plugins/torvane/fields/FieldScope.h"
+#include "plugins/torvane/models/Prediction.h"
+#include "scoring/common/Value.h"
+
+namespace Torvane {
+
+/// A value that a classification can predict.
+struct Category {
+  KelTransformNS::Cell cell;
+  KelCommon_1_3::Value value;  ///< as the prediction shows it: a number for a numeric target, else a text
+  std::string text;
+  std::string displayValue;
+  std::optional<double> priorProbability;
+};
+
+/// What a model predicts: its field, its categories, and the "Targets" that are applied to the result.
+///
+/// Categories come from the data dictionary, then from "Targets", then from the model itself, each in the order of the
+/// document. Immutable once the model is built.
+class Target {
+ public:
+  /// `fieldHint` chooses among several targets (the "targetFieldName" of a regression). Throws `PmmlError`.
+  Target(FieldScope& scope, const Element& model, MiningFunction function, std::string_view fieldHint);
+
+  [[nodiscard]] const std::string& Name() const noexcept { return fName; }
+  [[nodiscard]] KelTransformNS::DataType Type() const noexcept { return fType; }
+  [[nodiscard]] MiningFunction Function() const noexcept { return fFunction; }
+  [[nodiscard]] bool IsOrdinal() const noexcept { return fOpType == KelTransformNS::OpType::kOrdinal; }
+  [[nodiscard]] const std::vector<Category>& Categories() const noexcept { return fCategories; }
+
+  /// The category that a text of the model's body names; one that isn't known yet is added. Throws if the text isn't of
+  /// the target's type.
+  std::uint32_t AddCategory(const Element& element, std::string_view what, std::string_view text);
+  /// The category of a text, nothing if the model doesn't know it.
+  [[nodiscard]] std::optional<std::uint32_t> FindCategory(std::string_view text) const;
+
+  /// Applies defaults, limits, scaling and rounding to what the model's body gave.
+  void Finish(Prediction& prediction) const noexcept;
+
+ private:
+  enum class CastInteger { kNone, kRound, kCeiling, kFloor };
+
+  void ChooseField(const MiningSchema& schema, const Element& model, std::string_view fieldHint);
+  void ReadDeclaration(const FieldScope& scope);
+  void ReadTargets(const MiningSchema& schema, const Element& targets);
+  void ReadTarget(const Element& target);
+  void ReadTargetValue(const Element& targetValue);
+  void CheckPriors(const Element& target) const;
+  std::uint32_t AddCategory(const KelTransformNS::Cell& cell);
+  [[nodiscard]] std::optional<std::uint32_t> FindCategory(const KelTransformNS::Cell& cell) const;
+  [[nodiscard]] double Adjust(double number) const noexcept;
+  void PredictFromPriors(Prediction& prediction) const noexcept;
+
+  KelTransformNS::TextPool& fPool;
+  MiningFunction fFunction;
+  std::string fName;
+  KelTransformNS::DataType fType;
+  KelTransformNS::OpType fOpType;
+  std::vector<Category> fCategories;
+  std::unordered_map<std::uint32_t, std::uint32_t> fByText;
+  std::unordered_map<double, std::uint32_t> fByNumber;
+  bool fHasPriors = false;
+
+  bool fAdjusts = false;
+  std::optional<double> fMin;
+  std::optional<double> fMax;
+  double fRescaleFactor = 1.0;
+  double fRescaleConstant = 0.0;
+  CastInteger fCastInteger = CastInteger::kNone;
+  std::optional<double> fDefaultValue;
+};
+
+}  // namespace Torvane
