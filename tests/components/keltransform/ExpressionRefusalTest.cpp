@@ -1,0 +1,212 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/components/keltransform/TransformTestSupport.h"
+#include "tests/support/CaseName.h"
+
+namespace {
+
+using namespace KelTransformTest;
+using KelTest::CaseName;
+using testing::HasSubstr;
+
+// The derived field "bad" of type double stands on line 17, its expression on line 20.
+struct RefusalCase {
+  const char* name;
+  const char* expression;
+  const char* reason;
+};
+
+void PrintTo(const RefusalCase& row, std::ostream* stream) { *stream << row.expression; }
+
+class ExpressionRefusalTest : public testing::TestWithParam<RefusalCase> {};
+
+TEST_P(ExpressionRefusalTest, AddPMML_BadExpression_NamesElementAndLine) {
+  KelTransformation transformation;
+  std::string fields = "\n";
+  fields += Derived("bad", "double", std::string("\n").append(GetParam().expression));
+  const std::string text = Pmml(StandardFields(), fields);
+  const KelStatus status = AddPmml(transformation, text);
+  EXPECT_TRUE(status.IsError());
+  EXPECT_EQ(status.GetErrorCode(), 109);
+  EXPECT_THAT(KelDiagnostics::Last(), HasSubstr(GetParam().reason));
+  EXPECT_THAT(KelDiagnostics::Last(), HasSubstr("\"bad\""));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, ExpressionRefusalTest,
+    testing::Values(
+        RefusalCase{"apply", R"(<Apply function="ln"><FieldRef field="x"/></Apply>)",
+                    R"(<Apply function="ln"> line 20: this expression isn't supported)"},
+        RefusalCase{"aggregate", R"(<Aggregate field="x" function="sum"/>)", R"(<Aggregate function="sum"> line 20)"},
+        RefusalCase{"text_index", R"(<TextIndex textField="s"/>)", "<TextIndex> line 20"},
+        RefusalCase{"lag", R"(<Lag field="x"/>)", "<Lag> line 20"},
+        RefusalCase{"unknown_element", "<Quantile/>", "no expression"},
+        RefusalCase{"no_expression", "", "no expression"},
+        RefusalCase{"two_expressions", R"(<FieldRef field="x"/><Constant>1</Constant>)", "<Constant> line 20"},
+        RefusalCase{"unknown_field", R"(<FieldRef field="z"/>)",
+                    R"(<FieldRef field="z"> line 20: there is no such field)"},
+        RefusalCase{"no_field", "<FieldRef/>", "field"},
+        RefusalCase{"mapped_missing_no_number", R"(<FieldRef field="i" mapMissingTo="none"/>)",
+                    R"(<FieldRef mapMissingTo="none"> line 20: is no value of the type integer)"},
+        RefusalCase{"constant_no_number", "<Constant>many</Constant>", R"("many" is no value of the type double)"},
+        RefusalCase{"constant_own_type_unknown", R"(<Constant dataType="decimal">1</Constant>)",
+                    R"(dataType="decimal")"},
+        RefusalCase{"constant_cast_fails", R"(<Constant dataType="string">many</Constant>)", "double"},
+        RefusalCase{"time_as_number_of_days", R"(<Constant dataType="date">2004-02-30</Constant>)", "type date"}),
+    CaseName());
+
+INSTANTIATE_TEST_SUITE_P(
+    Norms, ExpressionRefusalTest,
+    testing::Values(
+        RefusalCase{"no_points", R"(<NormContinuous field="x"/>)", "two LinearNorm"},
+        RefusalCase{"single_point", R"(<NormContinuous field="x"><LinearNorm orig="1" norm="1"/></NormContinuous>)",
+                    "<NormContinuous> line 20"},
+        RefusalCase{
+            "same_point_twice",
+            R"(<NormContinuous field="x"><LinearNorm orig="1" norm="1"/><LinearNorm orig="1" norm="1"/></NormContinuous>)",
+            "two LinearNorm with different orig"},
+        RefusalCase{
+            "two_values_at_one_place",
+            R"(<NormContinuous field="x"><LinearNorm orig="2" norm="1"/><LinearNorm orig="1" norm="0"/><LinearNorm orig="2" norm="3"/></NormContinuous>)",
+            "have the orig 2"},
+        RefusalCase{"orig_no_number", R"(<NormContinuous field="x"><LinearNorm orig="one" norm="1"/></NormContinuous>)",
+                    R"(orig="one")"},
+        RefusalCase{"norm_infinite", R"(<NormContinuous field="x"><LinearNorm orig="1" norm="INF"/></NormContinuous>)",
+                    R"(norm="INF")"},
+        RefusalCase{
+            "points_too_far_apart",
+            R"(<NormContinuous field="x"><LinearNorm orig="-1e308" norm="1"/><LinearNorm orig="1e308" norm="2"/></NormContinuous>)",
+            "too far apart"},
+        RefusalCase{
+            "unknown_outliers",
+            R"(<NormContinuous field="x" outliers="clip"><LinearNorm orig="1" norm="1"/><LinearNorm orig="2" norm="1"/></NormContinuous>)",
+            "asIs, asMissingValues, asExtremeValues"},
+        RefusalCase{
+            "mapped_missing_no_number",
+            R"(<NormContinuous field="x" mapMissingTo="a"><LinearNorm orig="1" norm="1"/><LinearNorm orig="2" norm="1"/></NormContinuous>)",
+            R"(mapMissingTo="a")"},
+        RefusalCase{"no_value", R"(<NormDiscrete field="x"/>)", "value"},
+        // A literal that no value of the field can equal would make an indicator that is silently 0.
+        RefusalCase{"value_of_wrong_type", R"(<NormDiscrete field="b" value="TRUE"/>)", R"(value="TRUE")"},
+        RefusalCase{"other_method", R"(<NormDiscrete field="s" value="a" method="thermometer"/>)", "thermometer"}),
+    CaseName());
+
+INSTANTIATE_TEST_SUITE_P(
+    Tables, ExpressionRefusalTest,
+    testing::Values(
+        RefusalCase{
+            "bin_value_of_wrong_type",
+            R"(<Discretize field="x"><DiscretizeBin binValue="low"><Interval closure="openOpen" leftMargin="1"/></DiscretizeBin></Discretize>)",
+            R"(<DiscretizeBin binValue="low"> line 20)"},
+        RefusalCase{"bin_without_interval", R"(<Discretize field="x"><DiscretizeBin binValue="1"/></Discretize>)",
+                    "Interval"},
+        RefusalCase{
+            "unknown_closure",
+            R"(<Discretize field="x"><DiscretizeBin binValue="1"><Interval closure="open" leftMargin="1"/></DiscretizeBin></Discretize>)",
+            "openOpen, openClosed, closedOpen, closedClosed"},
+        RefusalCase{
+            "no_margin",
+            R"(<Discretize field="x"><DiscretizeBin binValue="1"><Interval closure="openOpen"/></DiscretizeBin></Discretize>)",
+            "margin"},
+        RefusalCase{
+            "margins_swapped",
+            R"(<Discretize field="x"><DiscretizeBin binValue="1"><Interval closure="openOpen" leftMargin="2" rightMargin="1"/></DiscretizeBin></Discretize>)",
+            "above the right margin"},
+        RefusalCase{
+            "margin_nan",
+            R"(<Discretize field="x"><DiscretizeBin binValue="1"><Interval closure="openOpen" leftMargin="NaN"/></DiscretizeBin></Discretize>)",
+            R"(leftMargin="NaN")"},
+        RefusalCase{"default_of_wrong_type", R"(<Discretize field="x" defaultValue="none"/>)",
+                    R"(defaultValue="none")"},
+        RefusalCase{"no_output_column", R"(<MapValues><FieldColumnPair field="s" column="c"/></MapValues>)",
+                    "outputColumn"},
+        RefusalCase{"table_outside",
+                    R"(<MapValues outputColumn="o"><FieldColumnPair field="s" column="c"/><TableLocator/></MapValues>)",
+                    "<TableLocator> line 20"},
+        RefusalCase{
+            "unknown_output_column",
+            R"(<MapValues outputColumn="oo"><FieldColumnPair field="s" column="c"/><InlineTable><row><c>1</c><o>1</o></row></InlineTable></MapValues>)",
+            R"(outputColumn="oo")"},
+        RefusalCase{
+            "unknown_key_column",
+            R"(<MapValues outputColumn="o"><FieldColumnPair field="s" column="cc"/><InlineTable><row><c>1</c><o>1</o></row></InlineTable></MapValues>)",
+            R"(column="cc")"},
+        RefusalCase{
+            "key_of_wrong_type",
+            R"(<MapValues outputColumn="o"><FieldColumnPair field="i" column="c"/><InlineTable><row><c>one</c><o>1</o></row></InlineTable></MapValues>)",
+            R"(<c> line 20: "one" is no value of the type integer)"},
+        RefusalCase{
+            "output_of_wrong_type",
+            R"(<MapValues outputColumn="o"><FieldColumnPair field="i" column="c"/><InlineTable><row><c>1</c><o>one</o></row></InlineTable></MapValues>)",
+            R"("one" is no value of the type double)"}),
+    CaseName());
+
+struct DocumentCase {
+  const char* name;
+  std::string document;
+  long code;
+  const char* reason;
+};
+
+void PrintTo(const DocumentCase& row, std::ostream* stream) { *stream << row.document; }
+
+class DocumentRefusalTest : public testing::TestWithParam<DocumentCase> {};
+
+TEST_P(DocumentRefusalTest, AddPMML_BadDocument_GivesCodeAndReason) {
+  KelTransformation transformation;
+  const KelStatus status = AddPmml(transformation, GetParam().document);
+  EXPECT_TRUE(status.IsError());
+  EXPECT_EQ(status.GetErrorCode(), GetParam().code);
+  EXPECT_THAT(KelDiagnostics::Last(), HasSubstr(GetParam().reason));
+}
+
+std::string OfField(const std::string& field) { return Pmml(field, ""); }
+
+INSTANTIATE_TEST_SUITE_P(
+    All, DocumentRefusalTest,
+    testing::Values(
+        DocumentCase{"empty", "", 104, ""},
+        DocumentCase{"truncated", "<PMML version=\"4.0\"><DataDictionary>", 104, ""},
+        DocumentCase{"other_root", "<Settings/>", 105, "PMML"},
+        DocumentCase{"field_without_name", OfField(R"(<DataField optype="continuous" dataType="double"/>)"), 109,
+                     "name"},
+        DocumentCase{"field_without_type", OfField(R"(<DataField name="q" optype="continuous"/>)"), 109, "dataType"},
+        DocumentCase{"unknown_type", OfField(R"(<DataField name="q" optype="continuous" dataType="complex"/>)"), 109,
+                     R"(<DataField dataType="complex"> line 2)"},
+        DocumentCase{"unknown_optype", OfField(R"(<DataField name="q" optype="cyclic" dataType="double"/>)"), 109,
+                     R"(optype="cyclic")"},
+        DocumentCase{
+            "unknown_property",
+            OfField(
+                R"(<DataField name="q" optype="continuous" dataType="double"><Value value="1" property="odd"/></DataField>)"),
+            109, "valid, invalid, missing"},
+        DocumentCase{
+            "field_twice",
+            OfField(
+                R"(<DataField name="q" optype="continuous" dataType="double"/><DataField name="q" optype="continuous" dataType="double"/>)"),
+            109, "twice"},
+        DocumentCase{"derived_twice",
+                     Pmml(StandardFields(), Derived("d", "double", "<Constant>1</Constant>") +
+                                                Derived("d", "double", "<Constant>2</Constant>")),
+                     109, R"(<DerivedField name="d"> line 19)"},
+        DocumentCase{"derived_named_like_field",
+                     Pmml(StandardFields(), Derived("x", "double", "<FieldRef field=\"y\"/>")), 109,
+                     R"(<DerivedField name="x"> line 18: is the name of a data field)"},
+        DocumentCase{"derived_without_name",
+                     Pmml(StandardFields(), R"(<DerivedField optype="continuous" dataType="double"/>)"), 109, "name"},
+        DocumentCase{"time_as_date", Pmml(StandardFields(), Derived("d", "date", "<FieldRef field=\"clock\"/>")), 109,
+                     "can't be converted"},
+        DocumentCase{"date_as_text", Pmml(StandardFields(), Derived("d", "string", "<FieldRef field=\"day\"/>")), 109,
+                     "a value of the type date can't be converted to string"},
+        DocumentCase{"cycle",
+                     Pmml(StandardFields(), Derived("p", "double", "<FieldRef field=\"a\"/>") +
+                                                Derived("a", "double", "<FieldRef field=\"b2\"/>") +
+                                                Derived("b2", "double", "<FieldRef field=\"c\"/>") +
+                                                Derived("c", "double", "<FieldRef field=\"a\"/>")),
+                     109, R"(<DerivedField name="c"> line 21: depends on itself: "a" -> "b2" -> "c" -> "a")"},
+        DocumentCase{"own_cycle", Pmml(StandardFields(), Derived("a", "double", "<FieldRef field=\"a\"/>")), 109,
+                     R"("a" -> "a")"}),
+    CaseName());
+
+}  // namespace
