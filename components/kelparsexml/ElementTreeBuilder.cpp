@@ -50,7 +50,7 @@ bool ElementTreeBuilder::StartElement(const char16_t* qualifiedName, std::size_t
 NameTable::Id ElementTreeBuilder::InternElement(const char16_t* qualifiedName) {
   const auto address = reinterpret_cast<std::uintptr_t>(qualifiedName);
   NameTable::Id& guess = fElementGuesses[(address >> 4 ^ address >> 14) % kGuesses];
-  guess = fStorage->names.Intern(LocalPart(qualifiedName), guess);
+  if (!fStorage->names.Is(qualifiedName, guess)) guess = fStorage->names.Intern(LocalPart(qualifiedName), guess);
   return guess;
 }
 
@@ -68,8 +68,8 @@ void ElementTreeBuilder::Append(NameTable::Id name, std::size_t line) {
   }
   storage.elements.Append({name & kMaxName, 0, static_cast<std::uint32_t>(std::min(line, kMaxRecords)), 0,
                            static_cast<std::uint32_t>(storage.attributes.size()), 0});
-  fOpen.push_back({position, 0, fText.size()});
-  fPieceFrom = fText.size();
+  fOpen.push_back({position, 0, fTextEnd});
+  fPieceFrom = fTextEnd;
 }
 
 bool ElementTreeBuilder::IsSkippedModel(std::string_view name) {
@@ -84,7 +84,7 @@ void ElementTreeBuilder::AddAttribute(const char16_t* qualifiedName, const char1
   if (storage.attributes.size() == kMaxRecords) throw PmmlError("the document has too many attributes");
   NameTable::Id& guess = fAttributeGuesses[(fName * 16 + fPosition++) % kGuesses];
   guess = storage.names.Intern(qualifiedName, guess);
-  storage.attributes.Append({guess, storage.texts.Add(value, LengthOf(value))});
+  storage.attributes.Append({guess, storage.texts.Add(value)});
 }
 
 // The parser may part a pair of surrogates, so a first half waits for what comes next.
@@ -93,19 +93,25 @@ void ElementTreeBuilder::AddText(const char16_t* text, std::size_t size) {
   if (fHighSurrogate != 0) {
     const char16_t pair[] = {std::exchange(fHighSurrogate, u'\0'), *text};
     const std::size_t taken = IsLowSurrogate(*text) ? 1 : 0;
-    AppendUtf8(fText, pair, 1 + taken);
+    AppendText(pair, 1 + taken);
     text += taken;
     size -= taken;
   }
   if (size > 0 && IsHighSurrogate(text[size - 1])) fHighSurrogate = text[--size];
-  AppendUtf8(fText, text, size);
+  AppendText(text, size);
+}
+
+void ElementTreeBuilder::AppendText(const char16_t* text, std::size_t size) {
+  const std::size_t needed = fTextEnd + size * kMaxUtf8PerUnit;
+  if (needed > fText.size()) fText.resize(std::max(needed, fText.size() * 2));
+  fTextEnd = static_cast<std::size_t>(WriteUtf8(text, size, fText.data() + fTextEnd) - fText.data());
 }
 
 // A half that is still waiting has none to come.
 void ElementTreeBuilder::EndPiece(bool besideChild) {
-  if (fHighSurrogate != 0) AppendUtf8(fText, &fHighSurrogate, 1);
+  if (fHighSurrogate != 0) AppendText(&fHighSurrogate, 1);
   fHighSurrogate = 0;
-  if (besideChild && fText.find_first_not_of(kXmlSpace, fPieceFrom) == std::string::npos) fText.resize(fPieceFrom);
+  if (besideChild && std::all_of(fText.data() + fPieceFrom, fText.data() + fTextEnd, IsXmlSpace)) fTextEnd = fPieceFrom;
 }
 
 void ElementTreeBuilder::EndElement() {
@@ -116,9 +122,10 @@ void ElementTreeBuilder::EndElement() {
   fSkippedDepth = 0;
   const OpenElement element = fOpen.back();
   EndPiece(element.lastChild != 0);
-  fStorage->elements[element.index].text = fStorage->texts.Add(std::string_view(fText).substr(element.textFrom));
+  const std::string_view text(fText.data() + element.textFrom, fTextEnd - element.textFrom);
+  fStorage->elements[element.index].text = fStorage->texts.Add(text);
   fOpen.pop_back();
-  fText.resize(element.textFrom);
+  fTextEnd = element.textFrom;
   fPieceFrom = element.textFrom;
 }
 

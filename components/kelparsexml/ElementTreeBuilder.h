@@ -45,6 +45,7 @@ class ElementTreeBuilder {
   NameTable::Id InternElement(const char16_t* qualifiedName);
   void Append(NameTable::Id name, std::size_t line);
   [[nodiscard]] bool IsSkippedModel(std::string_view name);
+  void AppendText(const char16_t* text, std::size_t size);
   void EndPiece(bool besideChild);
 
   std::unique_ptr<ElementTree::Storage> fStorage;
@@ -53,8 +54,10 @@ class ElementTreeBuilder {
   std::size_t fSkippedDepth = 0;  // open elements of which nothing is kept; the outermost is there by name
 
   std::vector<OpenElement> fOpen;
-  // The text of all open elements, one behind the other: while a child is open, nothing is added to its parent's.
+  // The text of all open elements, one behind the other: while a child is open, nothing is added to its parent's. Only
+  // the first fTextEnd bytes are in use.
   std::string fText;
+  std::size_t fTextEnd = 0;
   // Where the text since the last tag begins. If it is white space beside a child, it is dropped.
   std::size_t fPieceFrom = 0;
   char16_t fHighSurrogate = 0;

@@ -67,6 +67,7 @@ std::unique_ptr<SAX2XMLReader> CreateReader(TreeHandler& handler) {
   reader->setFeature(XMLUni::fgSAX2CoreValidation, false);
   reader->setFeature(XMLUni::fgXercesSchema, false);
   reader->setFeature(XMLUni::fgXercesLoadExternalDTD, false);
+  reader->setFeature(XMLUni::fgXercesCalculateSrcOfs, false);
   reader->setContentHandler(&handler);
   reader->setErrorHandler(&handler);
   return reader;

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 namespace KelXML_1_3 {
 
@@ -16,14 +17,22 @@ class NameTable {
   /// The number of a name, which it gets if it is new. `guess` is the number that it probably has (any number will do):
   /// a good guess costs one comparison.
   Id Intern(const char16_t* name, Id guess);
-  [[nodiscard]] const std::string& Get(Id id) const noexcept { return fNames[id]; }
+  [[nodiscard]] std::string_view Get(Id id) const noexcept { return fNames[id]; }
+  /// Whether that is the name's number. False for any number if the name isn't ASCII.
+  [[nodiscard]] bool Is(const char16_t* name, Id id) const noexcept {
+    if (id >= fNames.size()) return false;
+    for (const char c : fNames[id]) {
+      if (*name++ != static_cast<char16_t>(c)) return false;
+    }
+    return *name == 0;
+  }
 
  private:
-  [[nodiscard]] bool Is(const char16_t* name, Id id) const noexcept;
   Id FindOrAdd(const char16_t* name);
 
-  std::deque<std::string> fNames;
-  std::unordered_map<std::string_view, Id> fIds;  // of texts in fNames
+  std::deque<std::string> fTexts;
+  std::vector<std::string_view> fNames;           // of fTexts, by number
+  std::unordered_map<std::string_view, Id> fIds;  // of fTexts
 };
 
 }  // namespace KelXML_1_3

@@ -11,7 +11,7 @@ namespace {
 // A text is its length and its bytes. The length is one byte, or kLongMark and four bytes.
 constexpr unsigned char kLongMark = 0xFF;
 constexpr std::size_t kLongPrefix = 1 + sizeof(std::uint32_t);
-constexpr std::size_t kMaxShortUnits = (kLongMark - 1) / kMaxUtf8PerUnit;
+constexpr std::size_t kMaxShort = kLongMark - 1;
 
 // A name is the number of the chunk and the place in it, 16 bits each.
 constexpr int kOffsetBits = 16;
@@ -31,19 +31,25 @@ TextArena::TextArena() {
   fFilled = 1;
 }
 
-// Short texts are written before their length is known, long ones are counted first.
-TextArena::Ref TextArena::Add(const char16_t* text, std::size_t size) {
-  if (size == 0) return 0;
-  if (size > kMaxShortUnits) {
-    const Place place = ReserveLong(Utf8Size(text, size));
-    WriteUtf8(text, size, place.at);
-    return place.ref;
+// Almost every text is short and ASCII, so it is first taken for that, and copied before its length is known.
+TextArena::Ref TextArena::Add(const char16_t* text) {
+  if (*text == 0) return 0;
+  const Place place = Reserve(1 + kMaxShort);
+  char* const to = place.at + 1;
+  std::size_t size = 0;
+  for (; text[size] != 0; ++size) {
+    if (text[size] >= 0x80 || size == kMaxShort) return AddLong(text);
+    to[size] = static_cast<char>(text[size]);
   }
-  const Place place = Reserve(1 + size * kMaxUtf8PerUnit);
-  const char* const end = WriteUtf8(text, size, place.at + 1);
-  const auto bytes = static_cast<std::size_t>(end - place.at) - 1;
-  *place.at = static_cast<char>(bytes);
-  fFilled += 1 + bytes;
+  *place.at = static_cast<char>(size);
+  fFilled += 1 + size;
+  return place.ref;
+}
+
+TextArena::Ref TextArena::AddLong(const char16_t* text) {
+  const std::size_t size = LengthOf(text);
+  const Place place = ReserveLong(Utf8Size(text, size));
+  WriteUtf8(text, size, place.at);
   return place.ref;
 }
 

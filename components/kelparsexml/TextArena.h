@@ -17,11 +17,12 @@ class TextArena {
   TextArena();
 
   /// Both throw `PmmlError` when the arena is full, which is after 1 to 4 GiB.
-  Ref Add(const char16_t* text, std::size_t size);
+  Ref Add(const char16_t* text);  // ends with 0
   Ref Add(std::string_view utf8);
   [[nodiscard]] std::string_view Get(Ref ref) const noexcept;
 
  private:
+  Ref AddLong(const char16_t* text);
   // Room for a text, and the name that it will have.
   struct Place {
     char* at;
