@@ -36,8 +36,7 @@ bool LessMembers(const ValueRecord& left, const ValueRecord& right) {
 
 }  // namespace
 
-// Set before any code runs, so that the values of other static objects can start from it.
-constinit const Value Value::NULL_VALUE;
+const Value Value::NULL_VALUE;
 
 void Value::DeleteRecord::operator()(ValueRecord* record) const noexcept { delete record; }
 
@@ -114,11 +113,11 @@ Value& Value::operator[](const std::string& name) { return fKind == kMembers ? (
 
 Value& Value::operator[](const char* name) { return fKind == kMembers ? (*fMembers)[name] : StartMembers(name); }
 
-// `name` is a copy, because the caller's may stand in what is dropped here.
-Value& Value::StartMembers(std::string name) {
+Value& Value::StartMembers(const std::string& name) {
+  const FieldKey key(name);  // a copy, as the caller's name may stand in what is dropped here
   ValueRecord& members = MakeMembers();
   members.Clear();
-  return members[name];
+  return members[key];
 }
 
 std::string Value::GetString() const {

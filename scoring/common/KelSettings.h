@@ -12,6 +12,10 @@
 
 namespace KelXML_1_3 {
 
+template <typename T>
+inline constexpr bool kTurnsIntoBool = std::is_arithmetic_v<T> ||
+                                       (std::is_pointer_v<T> && !std::is_convertible_v<T, const char*>);
+
 /// One setting: a name with either a plain text or a value object, which it owns.
 class KEL_EXPORT KelSetting {
  public:
@@ -53,10 +57,9 @@ class KEL_EXPORT KelSettings {
   bool AddSetting(const std::string& name, const KelVecValue<std::string>& value, bool replace);
   bool AddSetting(const std::string& name, const KelVecValue<KelCommon_1_3::Value>& value, bool replace);
   bool AddSetting(const std::string& name, const KelSettings& value, bool replace);
-  /// A number or a pointer would silently become a bool.
-  template <typename T>
-  requires(std::is_arithmetic_v<T> || (std::is_pointer_v<T> && !std::is_convertible_v<T, const char*>)) bool AddSetting(
-      const std::string& name, T value, bool replace) = delete;
+  /// No other number or pointer: it would silently become a bool.
+  template <typename T, typename = std::enable_if_t<kTurnsIntoBool<T>>>
+  bool AddSetting(const std::string& name, T value, bool replace) = delete;
 
   /// Fills `names` with the distinct names in the order of their first adding.
   void GetSettingNames(std::vector<std::string>& names) const;

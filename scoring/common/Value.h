@@ -105,7 +105,7 @@ class KEL_EXPORT Value {
   static const std::string& EmptyText() noexcept;
   [[nodiscard]] double TextAsNumber() const;
   void BecomeNumber();
-  Value& StartMembers(std::string name);
+  Value& StartMembers(const std::string& name);
   Value& AssignDeep(const Value& other);
 
   struct DeleteRecord {

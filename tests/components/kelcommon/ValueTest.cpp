@@ -310,7 +310,7 @@ TEST(ValueTest, Assign_FromOwnMemberOrIntoIt_KeepsTheContent) {
 TEST(ValueTest, Move_LeavesNull) {
   Value source = Members({{"a", 1}});
   const Value target = std::move(source);
-  EXPECT_TRUE(source.IsNull());  // NOLINT(bugprone-use-after-move): what is left is fixed
+  EXPECT_TRUE(source.IsNull());  // NOLINT(bugprone-use-after-move,clang-analyzer-cplusplus.Move): what is left is fixed
   EXPECT_TRUE(target == Members({{"a", 1}}));
   source["b"] = 1;
   EXPECT_EQ(source.Members()->Size(), 1);
