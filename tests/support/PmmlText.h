@@ -12,10 +12,10 @@ struct PmmlText {
   std::string version = "4.0";
   std::string header = R"(<Header><Application name="Maker" version="7.1"/></Header>)";
   std::string dictionary = Fields("");
-  std::string transformations;
+  std::string transformations = {};
   std::string element = "TreeModel";
   std::string attributes = R"(modelName="small" functionName="classification" algorithmName="CRT")";
-  std::string extensions;  ///< of the model, before its mining schema
+  std::string extensions = {};  ///< of the model, before its mining schema
   std::string schema =
       R"(<MiningField name="x"/><MiningField name="p"/><MiningField name="answer" usageType="predicted"/>)";
   std::string body = "<Node/>";
