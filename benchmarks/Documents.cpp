@@ -68,7 +68,7 @@ void AppendNode(std::string& text, int node, const std::string& predicate) {
 
 }  // namespace
 
-std::string FieldName(int index) { return "x" + std::to_string(index); }
+std::string FieldName(int index) { return std::string("x").append(std::to_string(index)); }
 
 double Coefficient(int index, int table) { return 0.25 + 0.125 * index - 0.0625 * table; }
 

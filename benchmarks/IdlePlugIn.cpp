@@ -1,6 +1,7 @@
 // A plug-in whose scorer does nothing: what is left is the cost of the library's road.
 
 #include "scoring/common/IKelScoreParser.h"
+#include "scoring/common/ValueRecord.h"
 #include "scoring/model/ScoringBaseScorer.h"
 
 namespace {

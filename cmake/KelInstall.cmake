@@ -1,6 +1,3 @@
-if(NOT TARGET torvane20r OR NOT TARGET kelscore)
-  return()
-endif()
 # What a host needs: the libraries, the default plug-in beside them, the host program, the public headers under the
 # path that includes are written with, a CMake package and a pkg-config file.
 

@@ -13,7 +13,7 @@ trap 'rm -rf "$work"' EXIT
 prefix=$work/prefix
 
 "$cmake" --install "$build" --prefix "$prefix" >"$work/install.log"
-"$cmake" -S "$source/examples/host" -B "$work/host" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$cxx" \
+"$cmake" -S "$source/examples" -B "$work/host" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$cxx" \
   >"$work/configure.log" || { cat "$work/configure.log"; exit 1; }
 "$cmake" --build "$work/host" >"$work/build.log" || { cat "$work/build.log"; exit 1; }
 
@@ -28,12 +28,12 @@ score "$build/bin/kelscore" score "$source/examples/tree/churn.pmml" "$source/ex
 cmp "$work/installed.csv" "$work/built.csv"
 [ "$(wc -l <"$work/installed.csv")" -gt 2 ]
 
-score "$work/host/host" "$source/examples/tree/churn.pmml" >"$work/host.txt"
+score "$work/host/example_host" "$source/examples/tree/churn.pmml" >"$work/host.txt"
 grep -q prediction "$work/host.txt"
 
 pc=$(PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name kelscoring.pc)") pkg-config --define-variable=prefix="$prefix" \
   --cflags --libs kelscoring)
 libdir=$(dirname "$(find "$prefix" -name 'libkelscoring20r.so')")
 # shellcheck disable=SC2086
-"$cxx" "$source/examples/host/host.cpp" $pc -Wl,-rpath,"$libdir" -o "$work/host-by-pkg-config"
+"$cxx" "$source/examples/host/main.cpp" $pc -Wl,-rpath,"$libdir" -o "$work/host-by-pkg-config"
 score "$work/host-by-pkg-config" "$source/examples/tree/churn.pmml" | cmp - "$work/host.txt"
