@@ -36,12 +36,14 @@ std::string Describe(double number) {
 // Producers write points in descending order, too, when a scale is negative. A point that stands there twice does no
 // harm; two values at one place leave the function undefined.
 std::vector<NormPoint> Ascending(std::vector<NormPoint> points, const Element& element) {
-  const auto isBefore = [](const NormPoint& left, const NormPoint& right) { return left.orig < right.orig; };
+  const auto isBefore = [](const NormPoint& left, const NormPoint& right) {
+    return left.orig < right.orig || (left.orig == right.orig && left.norm < right.norm);
+  };
   const auto isSame = [](const NormPoint& left, const NormPoint& right) {
     return left.orig == right.orig && left.norm == right.norm;
   };
   const auto clash = [](const NormPoint& left, const NormPoint& right) { return left.orig == right.orig; };
-  std::stable_sort(points.begin(), points.end(), isBefore);
+  std::sort(points.begin(), points.end(), isBefore);
   points.erase(std::unique(points.begin(), points.end(), isSame), points.end());
   const auto twice = std::adjacent_find(points.begin(), points.end(), clash);
   if (twice != points.end()) throw element.Error("two LinearNorm have the orig " + Describe(twice->orig));
