@@ -1,5 +1,7 @@
 #include "scoring/pmml/FieldReader.h"
 
+#include <memory>
+#include <optional>
 #include <tuple>
 #include <utility>
 #include <xercesc/dom/DOM.hpp>
@@ -14,7 +16,6 @@ using KelCommon_1_3::KelStatus;
 using KelXML_1_3::XMLElement;
 using xercesc::DOMElement;
 using xercesc::DOMNode;
-using xercesc::DOMNodeList;
 
 using namespace KelScoringConst;
 
@@ -93,12 +94,19 @@ void NoteExtension(const DOMElement* extension, DisplayTexts& texts) {
   }
 }
 
-/// Extensions count at any depth below the field.
+/// The node that follows in document order, as long as it lies below `root`; null at the end.
+DOMNode* NextBelow(const DOMElement* root, const DOMNode* node) {
+  if (DOMNode* child = node->getFirstChild()) return child;
+  while (node != root && !node->getNextSibling()) node = node->getParentNode();
+  return node == root ? nullptr : node->getNextSibling();
+}
+
+/// Extensions count at any depth below the field. The document's own search would do, but it keeps each list that it
+/// gave, and finding the next one's place takes longer with every field.
 DisplayTexts FindDisplayTexts(const DOMElement* element) {
   DisplayTexts texts;
-  const DOMNodeList* extensions = Reader::GetElementsByTagName(element, kPmmlExtension);
-  for (XMLSize_t i = 0; DOMNode* extension = extensions->item(i); ++i) {
-    NoteExtension(Reader::AsElement(extension), texts);
+  for (DOMNode* node = NextBelow(element, element); node; node = NextBelow(element, node)) {
+    if (const DOMElement* extension = Reader::AsElement(node, kPmmlExtension)) NoteExtension(extension, texts);
   }
   return texts;
 }

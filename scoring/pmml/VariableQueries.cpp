@@ -61,6 +61,7 @@ std::vector<Value> ScoringPMMLParser::GetValues(const IKelVariable* var) {
   std::vector<Value> values;
   const IKelEncoder* encoder = CategoryEncoder(var);
   const int count = encoder ? encoder->GetValueCount() : 0;
+  values.reserve(static_cast<std::size_t>(count));
   for (int i = 0; i < count; ++i) values.push_back(CategoryAt(*var, *encoder, i));
   return values;
 }
@@ -71,6 +72,7 @@ std::vector<std::pair<Value, std::string>> ScoringPMMLParser::GetValueLabels(con
   const int count = encoder ? encoder->GetValueCount() : 0;
   const bool usesLabels = encoder && count == var->GetCategoryCount();
   const std::vector<std::string>* labels = usesLabels ? encoder->GetValueLabels() : nullptr;
+  pairs.reserve(static_cast<std::size_t>(count));
   for (int i = 0; i < count; ++i) {
     const auto position = static_cast<std::size_t>(i);
     const bool hasLabel = labels && position < labels->size() && !(*labels)[position].empty();

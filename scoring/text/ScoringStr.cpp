@@ -62,7 +62,7 @@ ScoringStr::ScoringStr(const ScoringStr& other) : ScoringStr(other.fStr) {}
 
 ScoringStr::~ScoringStr() { clear(); }
 
-ScoringStr& ScoringStr::operator=(const ScoringStr& other) { return *this = other.fStr; }
+ScoringStr& ScoringStr::operator=(const ScoringStr& other) { return this == &other ? *this : *this = other.fStr; }
 
 // The copy is made before the old array goes: the text may lie in it.
 ScoringStr& ScoringStr::operator=(const XMLCh* text) {
