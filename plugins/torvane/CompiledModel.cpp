@@ -34,18 +34,22 @@ std::unique_ptr<const CompiledModel> CompiledModel::Build(const Element& model, 
                                                model.Attribute("targetFieldName").value_or(std::string_view()));
   compiled->fBody = build(model, scope, *compiled->fTarget);
   compiled->fDerived = scope.Compiler().Finish();
+  compiled->fHasDerived = !compiled->fDerived.IsEmpty();
   compiled->fDerivedSlots = scope.DerivedSlots();
   compiled->fOutputs = std::make_unique<OutputTable>(scope, *compiled->fTarget, *compiled->fBody, model);
   compiled->fInputs = scope.TakeInputs();
   compiled->fSlotCount = scope.Compiler().SlotCount();
+  compiled->fCategoryCount = static_cast<std::uint32_t>(compiled->fTarget->Categories().size());
   return compiled;
 }
 
 void CompiledModel::Evaluate(KelTransformNS::Frame frame, Prediction& prediction) const noexcept {
-  if (!fDerived.IsEmpty()) fDerived.Run(frame);
-  if (HasInvalidField(frame.data())) {
-    prediction.outcome = Outcome::kInvalid;
-    return;
+  if (fHasDerived) {
+    fDerived.Run(frame);
+    if (HasInvalidField(frame.data())) {
+      prediction.outcome = Outcome::kInvalid;
+      return;
+    }
   }
   fBody->Evaluate(frame.data(), prediction);
   fTarget->Finish(prediction);

@@ -26,9 +26,7 @@ class CompiledModel {
   [[nodiscard]] const std::vector<InputField>& Inputs() const noexcept { return fInputs; }
   [[nodiscard]] const OutputTable& Outputs() const noexcept { return *fOutputs; }
   [[nodiscard]] std::uint32_t SlotCount() const noexcept { return fSlotCount; }
-  [[nodiscard]] std::uint32_t CategoryCount() const noexcept {
-    return static_cast<std::uint32_t>(fTarget->Categories().size());
-  }
+  [[nodiscard]] std::uint32_t CategoryCount() const noexcept { return fCategoryCount; }
 
   /// Evaluates a frame whose input slots are filled. `prediction` has its arrays, and what is wanted, set.
   void Evaluate(KelTransformNS::Frame frame, Prediction& prediction) const noexcept;
@@ -39,11 +37,13 @@ class CompiledModel {
 
   std::vector<InputField> fInputs;
   KelTransformNS::Program fDerived;
+  bool fHasDerived = false;
   std::vector<std::uint32_t> fDerivedSlots;  // those that the body reads
   std::unique_ptr<Target> fTarget;
   std::unique_ptr<ModelBody> fBody;
   std::unique_ptr<OutputTable> fOutputs;
   std::uint32_t fSlotCount = 0;
+  std::uint32_t fCategoryCount = 0;
 };
 
 }  // namespace Torvane

@@ -20,12 +20,22 @@ constexpr std::size_t CellsFor(std::size_t numberCount) {
   return (numberCount * sizeof(double) + sizeof(Cell) - 1) / sizeof(Cell);
 }
 
+// A number that isn't one of the marks of a missing number, NaN and the lowest of all. The infinity below it is left to
+// the slower way.
+bool IsPlainNumber(const Value& value) noexcept {
+  return value.GetType() == Value::kNumber && value.GetReal() > KelCommon_1_3::KelMV::gMissingValue;
+}
+
 }  // namespace
 
 TorvaneScorer::TorvaneScorer(KelXML_1_3::KelSettings& settings, const KelXML_1_3::KelVarList& varList, std::string type,
                              std::unique_ptr<const KelTransformNS::TextPool> pool,
                              std::unique_ptr<const CompiledModel> model)
-    : ScoringBaseScorer(settings, varList), fType(std::move(type)), fPool(std::move(pool)), fModel(std::move(model)) {}
+    : ScoringBaseScorer(settings, varList),
+      fType(std::move(type)),
+      fPool(std::move(pool)),
+      fModel(std::move(model)),
+      fCellCount(fModel->SlotCount() + CellsFor(std::size_t{2} * fModel->CategoryCount())) {}
 
 KelStatus TorvaneScorer::Scorable(ValueRecord& record) {
   fModel->Outputs().Announce(record);
@@ -47,13 +57,11 @@ KelStatus TorvaneScorer::ScoreBound(const ValueRecord& in, ValueRecord& out) {
       fOutputBindings.Get(out.Layout(), [&] { return std::make_unique<const OutputBinding>(BindOutputs(out)); });
   if (!inputs->isComplete) return {kDerivedFieldMissing, false};
 
-  const std::size_t slotCount = fModel->SlotCount();
-  const std::size_t categoryCount = fModel->CategoryCount();
-  FrameStorage storage(slotCount + CellsFor(2 * categoryCount), FrameStorage::kUninitialized);
-  const KelTransformNS::Frame frame = storage.Cells().first(slotCount);
+  FrameStorage storage(fCellCount, FrameStorage::kUninitialized);
+  const KelTransformNS::Frame frame = storage.Cells().first(fModel->SlotCount());
   Prediction prediction;
-  prediction.probabilities = reinterpret_cast<double*>(frame.data() + slotCount);
-  prediction.confidences = prediction.probabilities + categoryCount;
+  prediction.probabilities = reinterpret_cast<double*>(frame.data() + frame.size());
+  prediction.confidences = prediction.probabilities + fModel->CategoryCount();
   prediction.wantsDistribution = outputs->wantsDistribution;
   if (Gather(in, *inputs, frame.data())) {
     fModel->Evaluate(frame, prediction);
@@ -72,10 +80,10 @@ KelStatus TorvaneScorer::ScoreBound(const ValueRecord& in, ValueRecord& out) {
 
 TorvaneScorer::InputBinding TorvaneScorer::BindInputs(const ValueRecord& in) const {
   InputBinding binding;
-  binding.isComplete = true;
+  binding.places.reserve(fModel->Inputs().size());
   for (const InputField& input : fModel->Inputs()) {
     const int position = in.IndexOf(input.Key());
-    binding.positions.push_back(position);
+    binding.places.push_back({position, input.Slot(), &input, input.TakesDoubles()});
     if (position < 0 && input.mustBeInRecord) binding.isComplete = false;
   }
   return binding;
@@ -83,8 +91,9 @@ TorvaneScorer::InputBinding TorvaneScorer::BindInputs(const ValueRecord& in) con
 
 TorvaneScorer::OutputBinding TorvaneScorer::BindOutputs(const ValueRecord& out) const {
   OutputBinding binding;
+  binding.places.reserve(fModel->Outputs().All().size());
   for (const Output& output : fModel->Outputs().All()) {
-    const int position = out.IndexOf(output.name);
+    const int position = out.IndexOf(output.key);
     if (position < 0) continue;
     binding.places.push_back({position, &output});
     if (fModel->Outputs().NeedsDistribution(output)) binding.wantsDistribution = true;
@@ -96,19 +105,24 @@ TorvaneScorer::OutputBinding TorvaneScorer::BindOutputs(const ValueRecord& out) 
 // False if an input is invalid. All inputs are read even so: no slot stays without a cell.
 bool TorvaneScorer::Gather(const ValueRecord& in, const InputBinding& binding, Cell* frame) const noexcept {
   bool isValid = true;
-  const std::vector<InputField>& inputs = fModel->Inputs();
-  for (std::size_t i = 0; i < inputs.size(); ++i) {
-    const InputField& input = inputs[i];
-    Cell& cell = frame[input.Slot()];
-    cell = input.Read(in.At(binding.positions[i]), *fPool);
-    if (!cell.IsInvalid()) continue;
-    if (input.isTarget) {
-      cell = Cell::Missing();
+  const Value* const values = in.Values().data();
+  for (const InputBinding::Place& place : binding.places) {
+    const Value& value = place.position < 0 ? Value::NULL_VALUE : values[place.position];
+    Cell& cell = frame[place.slot];
+    if (place.takesDoubles && IsPlainNumber(value)) {
+      cell = Cell::Number(value.GetReal());
     } else {
-      isValid = false;
+      isValid = GatherOne(value, *place.field, cell) && isValid;
     }
   }
   return isValid;
+}
+
+bool TorvaneScorer::GatherOne(const Value& value, const InputField& field, Cell& cell) const noexcept {
+  cell = field.Read(value, *fPool);
+  if (!cell.IsInvalid()) return true;
+  if (field.isTarget) cell = Cell::Missing();
+  return field.isTarget;
 }
 
 }  // namespace Torvane

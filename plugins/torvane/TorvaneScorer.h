@@ -39,10 +39,16 @@ class TorvaneScorer final : public KelScoring_20::ScoringBaseScorer {
   std::string GetType() override { return fType; }
 
  private:
-  // Where the inputs stand in the records of one layout; -1 for a field that they lack.
+  // Where the inputs stand in the records of one layout.
   struct InputBinding {
-    std::vector<int> positions;
-    bool isComplete;  // what must be in the record is there
+    struct Place {
+      int position;  // -1 for a field that the records lack
+      std::uint32_t slot;
+      const InputField* field;
+      bool takesDoubles;  // of the field, at hand for the loop
+    };
+    std::vector<Place> places;
+    bool isComplete = true;  // what must be in the record is there
   };
   // The outputs that the records of one layout ask for.
   struct OutputBinding {
@@ -60,10 +66,13 @@ class TorvaneScorer final : public KelScoring_20::ScoringBaseScorer {
   KelCommon_1_3::KelStatus ScoreBound(const KelCommon_1_3::ValueRecord& in, KelCommon_1_3::ValueRecord& out);
   bool Gather(const KelCommon_1_3::ValueRecord& in, const InputBinding& binding,
               KelTransformNS::Cell* frame) const noexcept;
+  [[gnu::noinline]] bool GatherOne(const KelCommon_1_3::Value& value, const InputField& field,
+                                   KelTransformNS::Cell& cell) const noexcept;
 
   std::string fType;
   std::unique_ptr<const KelTransformNS::TextPool> fPool;  // before what refers to it
   std::unique_ptr<const CompiledModel> fModel;
+  std::size_t fCellCount;  // of the frame and the figures of the categories behind it
   KelTransformNS::LayoutCache<InputBinding> fInputBindings;
   KelTransformNS::LayoutCache<OutputBinding> fOutputBindings;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -82,6 +83,9 @@ class KEL_EXPORT ValueRecord {
   void SetAllNull() noexcept;
   /// Removes all names and values; capacity stays.
   void Clear() noexcept;
+
+  /// All values in order, for readers that have bound their positions. Dies with the next added name.
+  [[nodiscard]] std::span<const Value> Values() const noexcept { return fValues; }
 
  private:
   [[nodiscard]] bool InRange(int position) const noexcept {

@@ -33,13 +33,10 @@ class InputField {
   /// The cell of a record's value. An invalid one means that the model must give no result.
   [[nodiscard]] KelTransformNS::Cell Read(const KelCommon_1_3::Value& value,
                                           const KelTransformNS::TextPool& pool) const noexcept {
-    if (fTakesDoubles && value.GetType() == KelCommon_1_3::Value::kNumber) {
-      const double number = value.GetReal();
-      const bool isMissing = number != number || number == KelCommon_1_3::KelMV::gMissingValue;
-      if (!isMissing) return KelTransformNS::Cell::Number(number);
-    }
     return fTreatment.Treat(value, pool);
   }
+  /// Whether a number passes as it is, so that it needn't be read by `Read`. The marks of a missing number are none.
+  [[nodiscard]] bool TakesDoubles() const noexcept { return fTakesDoubles; }
   [[nodiscard]] const KelCommon_1_3::FieldKey& Key() const noexcept { return fKey; }
   [[nodiscard]] std::uint32_t Slot() const noexcept { return fSlot; }
 

@@ -64,16 +64,17 @@ const char* TreeModel::EntityKey() const noexcept { return KelScoring_20::KelSco
 
 void TreeModel::Evaluate(const Cell* frame, Prediction& prediction) const noexcept {
   bool surrogateUsed = false;
-  if (fPredicates.Evaluate(fNodes[0].test, frame, surrogateUsed) != Truth::kTrue) return;
+  const Test& root = fNodes[0].test;
+  if (root.kind != TestKind::kAlways && fPredicates.Evaluate(root, frame, surrogateUsed) != Truth::kTrue) return;
   double penalty = 1.0;
-  std::uint32_t node = 0;
+  std::uint32_t node = FollowSplits(0, frame);
   while (fNodes[node].isInner) {
     std::uint32_t child = 0;
     surrogateUsed = false;
     const Found found = FindChild(node, frame, child, surrogateUsed);
     if (found == Found::kTrue) {
       if (surrogateUsed) penalty *= fPenalty;
-      node = child;
+      node = FollowSplits(child, frame);
       continue;
     }
     if (found == Found::kNothing) {
@@ -85,7 +86,7 @@ void TreeModel::Evaluate(const Cell* frame, Prediction& prediction) const noexce
         return Conclude(node, penalty, prediction);
       case MissingStrategy::kDefaultChild:
         if (fDefaultChildren[node] == 0) return;
-        node = fDefaultChildren[node];
+        node = FollowSplits(fDefaultChildren[node], frame);
         penalty *= fPenalty;
         continue;
       case MissingStrategy::kWeightedConfidence:
@@ -97,6 +98,21 @@ void TreeModel::Evaluate(const Cell* frame, Prediction& prediction) const noexce
     }
   }
   Conclude(node, penalty, prediction);
+}
+
+// The usual step: of two children one takes the numbers up to a limit and the other one those above. Ends where
+// something else must be looked at: at a leaf, another kind of predicate, or a missing value.
+std::uint32_t TreeModel::FollowSplits(std::uint32_t node, const Cell* frame) const noexcept {
+  const Node* const nodes = fNodes.data();
+  while (nodes[node].isSplit) {
+    const Node& first = nodes[node + 1];
+    const Cell& cell = frame[first.test.slot];
+    if (cell.state != Cell::kNumber) break;
+    const bool isBelow = cell.number <= first.test.number;
+    const bool firstTakesBelow = first.test.kind == TestKind::kLessOrEqual;
+    node = isBelow == firstTakesBelow ? node + 1 : first.nextSibling;
+  }
+  return node;
 }
 
 // The first child that is true, or the first that is unknown if that comes before; with the strategy "none" an unknown

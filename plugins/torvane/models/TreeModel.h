@@ -59,8 +59,9 @@ class TreeModel final : public ModelBody {
 
   struct Node {
     Test test;
-    std::uint32_t nextSibling : 31 = 0;  // 0: it is the last child
+    std::uint32_t nextSibling : 30 = 0;  // 0: it is the last child
     std::uint32_t isInner : 1 = 0;
+    std::uint32_t isSplit : 1 = 0;     // one comparison of a number tells which of the two children is true
     std::uint32_t result = kNoResult;  // the category of a classification, else a position in fScores
   };
 
@@ -73,6 +74,7 @@ class TreeModel final : public ModelBody {
     double penalty;
   };
 
+  [[nodiscard]] std::uint32_t FollowSplits(std::uint32_t node, const KelTransformNS::Cell* frame) const noexcept;
   Found FindChild(std::uint32_t node, const KelTransformNS::Cell* frame, std::uint32_t& child,
                   bool& surrogateUsed) const noexcept;
   void Conclude(std::uint32_t node, double penalty, Prediction& prediction) const noexcept;

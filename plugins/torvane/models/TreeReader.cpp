@@ -1,11 +1,33 @@
 #include "plugins/torvane/models/TreeReader.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace Torvane {
 namespace {
 
-constexpr std::uint32_t kMaxNodes = (1U << 31) - 1;
+constexpr std::uint32_t kMaxNodes = (1U << 30) - 1;
+
+// x < t and x <= the number below t are the same, and so are x >= t and x > that number. So that a split has to look at
+// one kind of comparison only, strictness moves into the limit. Infinite limits stay as they are.
+void Normalize(Test& test) {
+  if (!std::isfinite(test.number)) return;
+  const double below = std::nextafter(test.number, -std::numeric_limits<double>::infinity());
+  if (!std::isfinite(below)) return;
+  if (test.kind == TestKind::kLess) {
+    test.kind = TestKind::kLessOrEqual;
+    test.number = below;
+  } else if (test.kind == TestKind::kGreaterOrEqual) {
+    test.kind = TestKind::kGreater;
+    test.number = below;
+  }
+}
+
+bool AreComplements(const Test& a, const Test& b) {
+  const bool areOpposed = (a.kind == TestKind::kLessOrEqual && b.kind == TestKind::kGreater) ||
+                          (a.kind == TestKind::kGreater && b.kind == TestKind::kLessOrEqual);
+  return areOpposed && a.slot == b.slot && a.number == b.number;
+}
 
 // Counts, probabilities and confidences. Rounding may carry a probability beyond 1, so there is no upper limit.
 std::optional<double> ReadShare(const Element& element, std::string_view attribute) {
@@ -77,6 +99,7 @@ void TreeReader::ReadNodes(const Element& root) {
     if (node.nextChild) {
       ReadChild(node, open);
     } else {
+      MarkSplit(node.node);
       FindDefaultChild(node);
       open.pop_back();
     }
@@ -120,6 +143,7 @@ void TreeReader::ReadPredicate(const Element& element) {
   }
   if (!predicate) throw element.Error("has no predicate");
   fTree->fNodes.back().test = fPredicates.Compile(predicate);
+  Normalize(fTree->fNodes.back().test);
 }
 
 void TreeReader::ReadDistribution(const Element& element) {
@@ -218,6 +242,14 @@ double TreeReader::Probability(const Entry& entry, double countSum) const {
 
 bool TreeReader::InnerNodesPredict() const {
   return fTree->fReturnsLast || fTree->fMissingStrategy == Strategy::kLastPrediction;
+}
+
+void TreeReader::MarkSplit(std::uint32_t node) {
+  std::vector<TreeModel::Node>& nodes = fTree->fNodes;
+  if (nodes[node].isInner == 0) return;
+  const TreeModel::Node& first = nodes[node + 1];
+  if (first.nextSibling == 0 || nodes[first.nextSibling].nextSibling != 0) return;
+  if (AreComplements(first.test, nodes[first.nextSibling].test)) nodes[node].isSplit = 1;
 }
 
 // A node may lack a default child: it then predicts nothing where it would be needed. One that names another node than

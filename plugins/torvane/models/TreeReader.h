@@ -44,6 +44,7 @@ class TreeReader {
   void ReadDistribution(const Element& element);
   void ReadRecordCount(const Element& element, bool isInner);
   void AddEntries(const Element& element, bool isInner);
+  void MarkSplit(std::uint32_t node);
   void FindDefaultChild(const OpenNode& open);
   [[nodiscard]] std::uint32_t AddScore(const Element& element, std::string_view what, std::string_view text);
   [[nodiscard]] std::uint32_t BestEntry() const;

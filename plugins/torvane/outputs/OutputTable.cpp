@@ -104,17 +104,15 @@ void OutputTable::AddVocabulary(TextPool& pool) {
 }
 
 void OutputTable::AddOutput(TextPool& pool, Feature feature, const char* name) {
-  Output output;
-  output.name = name;
+  Output output(name);
   output.feature = feature;
   ChooseType(pool, std::nullopt, output);
-  fByName.emplace(output.name, fOutputs.size());
+  fByName.emplace(output.key.Name(), fOutputs.size());
   fOutputs.push_back(std::move(output));
 }
 
 void OutputTable::ReadOutputField(FieldScope& scope, const Element& element) {
-  Output output;
-  output.name = element.Required("name");
+  Output output{std::string(element.Required("name"))};
   output.isDeclared = true;
   ReadFeature(element, output);
   CheckAttributes(element, output.feature);
@@ -193,6 +191,7 @@ void OutputTable::ChooseType(TextPool& pool, std::optional<DataType> type, Outpu
   if (!IsByCategory(output.feature)) return;
   if (fTarget.Function() == MiningFunction::kRegression) {
     if (isDisplay) output.type = type.value_or(DataType::kString);
+    output.isPlainNumber = output.type == DataType::kDouble;
     return;
   }
   output.type = type.value_or(isDisplay ? DataType::kString : fTarget.Type());
@@ -207,7 +206,7 @@ void OutputTable::ChooseType(TextPool& pool, std::optional<DataType> type, Outpu
 void OutputTable::AddToScope(FieldScope& scope, Output& output) {
   if (!fHasExpressions) return;
   if (output.slot == Prediction::kNone) output.slot = scope.Compiler().NewSlot();
-  scope.AddOutput({output.name, output.type, KelTransformNS::ImpliedOpType(output.type), output.slot});
+  scope.AddOutput({output.key.Name(), output.type, KelTransformNS::ImpliedOpType(output.type), output.slot});
   if (output.feature == Feature::kEntityId) InternEntities(scope.Pool());
 }
 
@@ -221,14 +220,14 @@ void OutputTable::InternEntities(TextPool& pool) {
 }
 
 void OutputTable::Place(Output output, const Element& element) {
-  const auto [known, isNew] = fByName.emplace(output.name, fOutputs.size());
+  const auto [known, isNew] = fByName.emplace(output.key.Name(), fOutputs.size());
   if (isNew) {
     fOutputs.push_back(std::move(output));
     return;
   }
   Output& vocabulary = fOutputs[known->second];
   if (vocabulary.isDeclared) throw element.AttributeError("name", "stands there twice");
-  if (output.name == Const::kOutputPrediction || output.name == Const::kOutputProbability) return;
+  if (output.key.Name() == Const::kOutputPrediction || output.key.Name() == Const::kOutputProbability) return;
   vocabulary = std::move(output);
 }
 
@@ -285,6 +284,10 @@ Cell OutputTable::Residual(const Output& output, const Cell* frame, const Predic
 }
 
 void OutputTable::Write(const Output& output, const Cell* frame, const Prediction& prediction, Value& value) const {
+  if (output.isPlainNumber && prediction.outcome == Outcome::kValue) {
+    value = prediction.number;
+    return;
+  }
   if (output.feature == Feature::kAllProbabilities) return WriteProbabilities(prediction, value);
   if (output.feature == Feature::kEntityId) {
     const bool isKnown = prediction.outcome == Outcome::kValue && prediction.entity != Prediction::kNone;
@@ -315,7 +318,7 @@ void OutputTable::WriteProbabilities(const Prediction& prediction, Value& value)
 
 void OutputTable::Announce(ValueRecord& record) const {
   for (const Output& output : fOutputs) {
-    const int position = record.Add(output.name, Value::NULL_VALUE);
+    const int position = record.Add(output.key, Value::NULL_VALUE);
     if (output.feature == Feature::kAllProbabilities) FillNames(record[position].MakeMembers());
   }
 }

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "components/keltransform/Cell.h"
@@ -31,11 +32,14 @@ enum class Feature : std::uint8_t {
 
 /// One output that a host can ask for.
 struct Output {
-  std::string name;
+  explicit Output(std::string name) : key(std::move(name)) {}
+
+  KelCommon_1_3::FieldKey key;  ///< the name
   Feature feature = Feature::kNothing;
   KelTransformNS::DataType type = KelTransformNS::DataType::kDouble;
   std::uint32_t category = Prediction::kNone;    ///< the category that is asked for; none: the predicted one
   std::vector<KelTransformNS::Cell> byCategory;  ///< what is shown for each category, converted to the type
+  bool isPlainNumber = false;                    ///< the predicted number as it is, which needs no conversion
   bool isDeclared = false;                       ///< it is an "OutputField" of the document
   std::uint32_t slot = Prediction::kNone;        ///< where expressions find it, or where an expression leaves it
 };
