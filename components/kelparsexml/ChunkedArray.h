@@ -24,8 +24,8 @@ class ChunkedArray {
   }
 
  private:
-  // About 32 KiB for records of 16 bytes: small enough for small documents.
-  static constexpr std::size_t kChunk = 2048;
+  // About 10 KiB: small enough for small documents.
+  static constexpr std::size_t kChunk = 512;
 
   std::vector<std::unique_ptr<T[]>> fChunks;
   std::size_t fSize = 0;

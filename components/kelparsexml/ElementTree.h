@@ -32,6 +32,7 @@ class KEL_EXPORT Element {
   [[nodiscard]] bool Is(std::string_view name) const noexcept { return Name() == name; }
   /// The value of an attribute by its qualified name, UTF-8; nothing if it is absent (an empty one is there).
   [[nodiscard]] std::optional<std::string_view> Attribute(std::string_view name) const noexcept;
+  /// In document order; from a DOM, in the order of their names.
   [[nodiscard]] int AttributeCount() const noexcept;
   [[nodiscard]] std::string_view AttributeName(int index) const noexcept;
   [[nodiscard]] std::string_view AttributeValue(int index) const noexcept;

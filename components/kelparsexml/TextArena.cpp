@@ -16,6 +16,7 @@ constexpr std::size_t kMaxShort = kLongMark - 1;
 // A name is the number of the chunk and the place in it, 16 bits each.
 constexpr int kOffsetBits = 16;
 constexpr std::size_t kChunkBytes = std::size_t{1} << kOffsetBits;
+constexpr std::size_t kFirstChunkBytes = 8 * 1024;  // enough for a small document
 constexpr std::size_t kMaxChunks = std::size_t{1} << (32 - kOffsetBits);
 // Longer ones would leave too much of a chunk unused.
 constexpr std::size_t kMaxShared = kChunkBytes / 4;
@@ -26,7 +27,8 @@ TextArena::Ref NameOf(std::size_t chunk, std::size_t offset) {
 }  // namespace
 
 TextArena::TextArena() {
-  AddChunk(kChunkBytes);
+  AddChunk(kFirstChunkBytes);
+  fSize = kFirstChunkBytes;
   fChunks[0][0] = 0;
   fFilled = 1;
 }
@@ -70,8 +72,9 @@ std::string_view TextArena::Get(Ref ref) const noexcept {
 }
 
 TextArena::Place TextArena::Reserve(std::size_t bytes) {
-  if (fFilled + bytes > kChunkBytes) {
+  if (fFilled + bytes > fSize) {
     fOpen = AddChunk(kChunkBytes);
+    fSize = kChunkBytes;
     fFilled = 0;
   }
   return {fChunks[fOpen].get() + fFilled, NameOf(fOpen, fFilled)};

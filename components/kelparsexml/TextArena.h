@@ -35,6 +35,7 @@ class TextArena {
   std::vector<std::unique_ptr<char[]>> fChunks;
   std::size_t fOpen = 0;    // the chunk that is being filled; long texts have one to themselves
   std::size_t fFilled = 0;  // bytes of it
+  std::size_t fSize = 0;    // its bytes in all
 };
 
 }  // namespace KelXML_1_3
