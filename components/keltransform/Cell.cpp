@@ -73,7 +73,7 @@ Cell ReadLiteral(std::string_view text, DataType type, TextPool& pool) {
   return IsText(type) ? Cell::Text(pool, pool.Intern(text)) : TextToCell(text, type, pool);
 }
 
-void WriteCell(const Cell& cell, DataType type, Value& value) {
+void WriteAnyCell(const Cell& cell, DataType type, Value& value) {
   switch (cell.state) {
     case Cell::kNumber:
       return WriteNumber(cell.number, type, value);

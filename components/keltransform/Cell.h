@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <span>
 #include <string>
 #include <string_view>
@@ -80,6 +81,13 @@ struct Cell {
 /// The slots of one record's scoring, owned by the call.
 using Frame = std::span<Cell>;
 
+/// Sets a cell to what `make()` gives, which is built in place: an assignment would go over a temporary whose parts are
+/// written small and read back large, which stalls. `make` must not read the cell.
+template <typename Make>
+inline void SetCell(Cell& cell, const Make& make) {
+  ::new (static_cast<void*>(&cell)) Cell(make());
+}
+
 /// The general case of `ReadCell`.
 [[nodiscard]] KEL_EXPORT Cell ReadAnyCell(const KelCommon_1_3::Value& value, DataType type,
                                           const TextPool& pool) noexcept;
@@ -102,10 +110,19 @@ using Frame = std::span<Cell>;
 /// for the number NaN.
 [[nodiscard]] KEL_EXPORT Cell ReadLiteral(std::string_view text, DataType type, TextPool& pool);
 
+/// The general case of `WriteCell`.
+KEL_EXPORT void WriteAnyCell(const Cell& cell, DataType type, KelCommon_1_3::Value& value);
+
 /// Writes a cell into a record's value: missing and invalid as null, booleans as the texts "true" and "false", dates
 /// and times of the types "date", "time" and "dateTime" in their lexical form, other numbers as numbers. `ReadCell` of
 /// the same type reads the cell back (times to the microsecond).
-KEL_EXPORT void WriteCell(const Cell& cell, DataType type, KelCommon_1_3::Value& value);
+inline void WriteCell(const Cell& cell, DataType type, KelCommon_1_3::Value& value) {
+  if (cell.state == Cell::kNumber && type <= DataType::kDouble) {
+    value = cell.number;
+  } else {
+    WriteAnyCell(cell, type, value);
+  }
+}
 
 /// The type named by a "dataType" attribute (also with the prefix "xs:"); false if there is none of that name.
 [[nodiscard]] KEL_EXPORT bool ParseDataType(std::string_view name, DataType& type) noexcept;

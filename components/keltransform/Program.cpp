@@ -72,7 +72,7 @@ void Program::Run(Frame frame) const noexcept {
   const Operand* const operands = fCode->operands.data();
   for (const Instruction& step : fCode->instructions) {
     const Operands own(operands + step.firstOperand, frame.data(), tables.constants.data());
-    frame[step.result] = Execute(step, own, tables);
+    SetCell(frame[step.result], [&] { return Execute(step, own, tables); });
   }
 }
 

@@ -33,9 +33,9 @@ bool MissingMarks::Contain(const Value& value, const Cell& cell, const TextPool&
 TransformInput::TransformInput(const FieldDeclaration& field, std::uint32_t slot, TextPool& pool)
     : fKey(field.name), fSlot(slot), fType(field.dataType), fMarks(field, pool) {}
 
-Cell TransformInput::Read(const Value& value, const TextPool& pool) const noexcept {
+Cell TransformInput::ReadMarked(const Value& value, const TextPool& pool) const noexcept {
   const Cell cell = ReadCell(value, fType, pool);
-  return !fMarks.IsEmpty() && fMarks.Contain(value, cell, pool) ? Cell::Missing() : cell;
+  return fMarks.Contain(value, cell, pool) ? Cell::Missing() : cell;
 }
 
 }  // namespace KelTransformNS

@@ -36,9 +36,13 @@ class TransformInput {
   [[nodiscard]] const KelCommon_1_3::FieldKey& Key() const noexcept { return fKey; }
   [[nodiscard]] std::uint32_t Slot() const noexcept { return fSlot; }
   [[nodiscard]] DataType Type() const noexcept { return fType; }
-  [[nodiscard]] Cell Read(const KelCommon_1_3::Value& value, const TextPool& pool) const noexcept;
+  [[nodiscard]] Cell Read(const KelCommon_1_3::Value& value, const TextPool& pool) const noexcept {
+    return fMarks.IsEmpty() ? ReadCell(value, fType, pool) : ReadMarked(value, pool);
+  }
 
  private:
+  [[nodiscard]] Cell ReadMarked(const KelCommon_1_3::Value& value, const TextPool& pool) const noexcept;
+
   KelCommon_1_3::FieldKey fKey;
   std::uint32_t fSlot;
   DataType fType;

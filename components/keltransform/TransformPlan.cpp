@@ -51,7 +51,7 @@ void TransformPlan::Run(ValueRecord& record) const {
   const FrameStorage storage(fSlotCount, FrameStorage::kUninitialized);
   const Frame frame = storage.Cells();
   for (const Source& source : fSources) {
-    frame[source.input->Slot()] = source.input->Read(record.At(source.position), fPool);
+    SetCell(frame[source.input->Slot()], [&] { return source.input->Read(record.At(source.position), fPool); });
   }
   for (const Program& program : fPrograms) program.Run(frame);
   for (const Target& target : fTargets) WriteCell(frame[target.slot], target.type, record[target.position]);
