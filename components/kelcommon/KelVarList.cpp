@@ -1,5 +1,6 @@
 #include "scoring/common/KelVarList.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "components/kelcommon/Hashing.h"
@@ -116,9 +117,11 @@ void KelVarList::SetVariableRole(int index, VariableRole role) {
   if (IKelVariable* const variable = GetVarAt(index)) variable->SetVariableRole(role);
 }
 
+// Asked for each record that wants a propensity, so it makes no list.
 IKelVariable* KelVarList::GetTargetRespVariable() {
-  const std::vector<int> targets = GetTargetIndices();
-  return targets.empty() ? nullptr : GetVarAt(targets.front());
+  const auto isTarget = [](const auto& variable) { return variable->GetVariableRole() == kRoleTarget; };
+  const auto target = std::find_if(fVariables.begin(), fVariables.end(), isTarget);
+  return target == fVariables.end() ? nullptr : target->get();
 }
 
 const IKelVariable* KelVarList::GetTargetRespVariable() const {
