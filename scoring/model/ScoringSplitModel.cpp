@@ -22,12 +22,25 @@ const Value& At(const SplitKeyView& key, std::size_t i) { return key.record.At(k
 std::size_t Length(const SplitKeyLess::Key& key) { return key.size(); }
 std::size_t Length(const SplitKeyView& key) { return key.positions.size(); }
 
+// Less than, equal to or greater than 0, after the order of values. Numbers are compared in place; NaN, which is no
+// less and no greater, goes the general way.
+int Compare(const Value& left, const Value& right) {
+  if (left.GetType() == Value::kNumber && right.GetType() == Value::kNumber) {
+    const double leftNumber = left.GetReal();
+    const double rightNumber = right.GetReal();
+    if (leftNumber < rightNumber) return -1;
+    if (rightNumber < leftNumber) return 1;
+    if (leftNumber == rightNumber) return 0;
+  }
+  if (left < right) return -1;
+  return right < left ? 1 : 0;
+}
+
 template <typename Left, typename Right>
 bool Less(const Left& left, const Right& right) {
   const std::size_t common = std::min(Length(left), Length(right));
   for (std::size_t i = 0; i < common; ++i) {
-    if (At(left, i) < At(right, i)) return true;
-    if (At(right, i) < At(left, i)) return false;
+    if (const int order = Compare(At(left, i), At(right, i)); order != 0) return order < 0;
   }
   return Length(left) < Length(right);
 }
