@@ -1,7 +1,10 @@
 // From a document to a model: time against one bare SAX2 pass over the same bytes, and memory against their number.
 
 #include <istream>
+#include <map>
+#include <memory>
 #include <streambuf>
+#include <string>
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/sax2/DefaultHandler.hpp>
 #include <xercesc/sax2/SAX2XMLReader.hpp>
@@ -52,7 +55,7 @@ constexpr std::size_t kMegabyte = 1000 * 1000;
 const std::string& Document(std::size_t megabytes) {
   static std::map<std::size_t, std::string> documents;
   std::string& document = documents[megabytes];
-  if (document.empty()) document = TestSupport::TreeDocument(megabytes * kMegabyte);
+  if (document.empty()) document = KelTest::TreeDocument(megabytes * kMegabyte).Text();
   return document;
 }
 
