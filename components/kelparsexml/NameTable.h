@@ -22,7 +22,8 @@ class NameTable {
   [[nodiscard]] bool Is(const char16_t* name, Id id) const noexcept {
     if (id >= fNames.size()) return false;
     for (const char c : fNames[id]) {
-      if (*name++ != static_cast<char16_t>(c)) return false;
+      const auto byte = static_cast<unsigned char>(c);
+      if (*name++ != byte || byte >= 0x80) return false;
     }
     return *name == 0;
   }

@@ -16,12 +16,17 @@ class ArrayText {
   /// Whether there was another value; it is valid until the next is taken.
   bool Take(std::string_view& value) {
     if (fRest.empty()) return false;
-    value = fRest.front() == '"' ? TakeQuoted() : TakeTo(fRest.find_first_of(kXmlSpace));
-    fRest.remove_prefix(std::min(fRest.find_first_not_of(kXmlSpace), fRest.size()));
+    value = fRest.front() == '"' ? TakeQuoted() : TakeTo(Find(IsXmlSpace));
+    fRest.remove_prefix(Find([](char c) { return !IsXmlSpace(c); }));
     return true;
   }
 
  private:
+  template <class Condition>
+  [[nodiscard]] std::size_t Find(Condition condition) const {
+    return static_cast<std::size_t>(std::find_if(fRest.begin(), fRest.end(), condition) - fRest.begin());
+  }
+
   std::string_view TakeTo(std::size_t end) {
     const std::string_view value = fRest.substr(0, end);
     fRest.remove_prefix(value.size());

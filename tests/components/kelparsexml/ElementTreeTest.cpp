@@ -85,6 +85,9 @@ INSTANTIATE_TEST_SUITE_P(
                                 std::string("<") + kUmlaut + " " + kHan + "='" + kClef + "'>" + kClef + "x" + kHan +
                                     "</" + kUmlaut + ">",
                                 std::string(kUmlaut) + "(" + kHan + "=" + kClef + ")'" + kClef + "x" + kHan + "'"},
+                    // The bytes of the first attribute's name are the characters of the second's.
+                    ContentCase{"names_alike", "<r><a \xC4\xB7='1'/><a \xC3\x84\xC2\xB7='1'/></r>",
+                                "r{a(\xC4\xB7=1)a(\xC3\x84\xC2\xB7=1)}"},
                     ContentCase{"foreign_elements", "<a><Extension><svg:g svg:r='1'>t</svg:g></Extension></a>",
                                 "a{Extension{g(svg:r=1)'t'}}"}),
     KelTest::CaseName());
