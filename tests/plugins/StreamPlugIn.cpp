@@ -1,11 +1,13 @@
 #include <istream>
 
 #include "scoring/common/IKelScoreParser.h"
+#include "scoring/common/KelCatVar.h"
 #include "scoring/common/KelExport.h"
 #include "tests/plugins/EchoScorer.h"
 
 // A plug-in that is served by the stream road. It tells in the model's settings what it was given, under keys that
-// begin with "seen_"; the host's settings "set_modelType" and "set_needDerived" make it change the model's settings.
+// begin with "seen_"; the host's settings "set_modelType" and "set_needDerived" make it change the model's settings,
+// and "set_flagTarget" makes it add a flag of that name as the target.
 
 namespace {
 
@@ -33,7 +35,16 @@ class StreamParser : public KelScoring_20::IKelScoreParser {
     if (settings.GetSettingValByName("set_needDerived", need)) {
       settings.AddSetting("scoring_needDerivedPredictor", need, true);
     }
+    std::string flag;
+    if (settings.GetSettingValByName("set_flagTarget", flag)) AddFlagTarget(flag, varList);
     return new KelTest::EchoScorer(settings, varList);
+  }
+
+ private:
+  static void AddFlagTarget(const std::string& name, KelVarList& varList) {
+    const std::vector<std::string> values = {"no", "yes"};
+    const int index = varList.AddCatVar(name, "", values, KelXML_1_3::kRoleTarget);
+    dynamic_cast<KelXML_1_3::KelCatVar&>(*varList.GetVarAt(index)).SetBinaryFlag(true, 1);
   }
 };
 

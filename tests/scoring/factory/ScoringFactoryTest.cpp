@@ -265,6 +265,19 @@ TEST(ScoringFactory, FlagTargetWithNetwork_ScoresBothPropensities) {
   EXPECT_DOUBLE_EQ(out["adjustedpropensity"].GetReal(), 1.2615941559557649);  // python: math.tanh(1.0) + 0.5
 }
 
+// Only a document that was described gets an evaluator, also when the target comes from the plug-in.
+TEST(ScoringFactory, FlagTargetOfThePlugIn_CountsUnlessThePrescanFailed) {
+  for (const bool wellFormed : {true, false}) {
+    KelSettings settings = HostSettings("stream", {{"AssociationModel", ""}});
+    settings.AddSetting("set_flagTarget", "theirs", true);
+    const Creation creation(settings,
+                            PmmlText{.element = "AssociationModel", .body = wellFormed ? "" : "<broken"}.Text());
+    ASSERT_NE(creation.model, nullptr);
+    EXPECT_EQ(creation.model->GetVarList().Size(), 1);
+    EXPECT_EQ(creation.model->GetAdjustedPropensity() != nullptr, wellFormed);
+  }
+}
+
 TEST(ScoringFactory, HeldModel_RefusesEveryCreationAndStays) {
   ScoringFactory factory;
   KelSettings settings = HostSettings("stream");

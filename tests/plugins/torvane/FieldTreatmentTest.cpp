@@ -1,0 +1,235 @@
+#include <cmath>
+#include <gtest/gtest.h>
+
+#include "tests/plugins/torvane/ModelHarness.h"
+#include "tests/support/CaseName.h"
+
+namespace TorvaneTest {
+namespace {
+
+const Value kNull = Value::NULL_VALUE;
+
+struct TreatmentCase {
+  const char* name;
+  const char* declared;   // inside the declaration of "x"
+  const char* treatment;  // of its mining field
+  Value input;
+  const char* expected;  // what the model sees; "null" if it gives no result
+};
+
+class NumericField : public testing::TestWithParam<TreatmentCase> {};
+
+TEST_P(NumericField, TreatmentsRunInOrder) {
+  const TreatmentCase& row = GetParam();
+  Document document = Identity("x");
+  document.dictionary = R"(<DataField name="x" optype="continuous" dataType="double">)" + std::string(row.declared) +
+                        R"(</DataField><DataField name="t" optype="continuous" dataType="double"/>)";
+  document.schema = "<MiningField name=\"x\" " + std::string(row.treatment) + "/>";
+  EXPECT_EQ(Shown(Load(document).Score({{"x", row.input}}), "prediction"), row.expected);
+}
+
+const char* const kNone = "";
+const char* const kRange = R"(<Interval closure="closedOpen" leftMargin="0" rightMargin="10"/>)";
+const char* const kMarkers = R"(<Value value="-1" property="missing"/><Value value="N/A" property="missing"/>)";
+const char* const kInvalids = R"(<Value value="7" property="invalid"/>)";
+const char* const kListed = R"(<Value value="1"/><Value value="2.0"/>)";
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, NumericField,
+    testing::Values(
+        TreatmentCase{"plain", kNone, "", 3.5, "3.5"}, TreatmentCase{"numeric_text", kNone, "", " 3.5 ", "3.5"},
+        TreatmentCase{"text_is_invalid", kNone, "", "abc", "null"},
+        TreatmentCase{"text_as_is_is_invalid_still", kNone,
+                      R"(invalidValueTreatment="asIs" missingValueReplacement="1")", "abc", "null"},
+        TreatmentCase{"text_as_missing", kNone, R"(invalidValueTreatment="asMissing" missingValueReplacement="1")",
+                      "abc", "1"},
+        TreatmentCase{"missing", kNone, "", kNull, "null"},
+        TreatmentCase{"missing_replaced", kNone, R"(missingValueReplacement="2.5")", kNull, "2.5"},
+        TreatmentCase{"nan_is_missing", kNone, R"(missingValueReplacement="2.5")", std::nan(""), "2.5"},
+        TreatmentCase{"missing_mark_is_missing", kNone, R"(missingValueReplacement="2.5")", -1.7976931348623157e308,
+                      "2.5"},
+        TreatmentCase{"minus_infinity_is_a_number", kNone, R"(outliers="asExtremeValues" lowValue="-4")", -HUGE_VAL,
+                      "-4"},
+        TreatmentCase{"treatment_word_alone_does_nothing", kNone, R"(missingValueTreatment="asMean")", kNull, "null"},
+        TreatmentCase{"missing_returns_invalid", kNone,
+                      R"(missingValueTreatment="returnInvalid" missingValueReplacement="1")", kNull, "null"},
+        TreatmentCase{"marker_as_number", kMarkers, R"(missingValueReplacement="5")", -1.0, "5"},
+        TreatmentCase{"marker_as_text", kMarkers, R"(missingValueReplacement="5")", "N/A", "5"},
+        TreatmentCase{"marker_only_others_valid", kMarkers, "", 4.0, "4"},
+        TreatmentCase{"in_range", kRange, "", 0.0, "0"}, TreatmentCase{"at_open_margin", kRange, "", 10.0, "null"},
+        TreatmentCase{"out_of_range_as_is", kRange, R"(invalidValueTreatment="asIs")", 11.0, "11"},
+        TreatmentCase{"out_of_range_as_missing", kRange,
+                      R"(invalidValueTreatment="asMissing" missingValueReplacement="5")", 11.0, "5"},
+        TreatmentCase{"out_of_range_as_value", kRange, R"(invalidValueTreatment="asValue" invalidValueReplacement="6")",
+                      11.0, "6"},
+        TreatmentCase{"out_of_range_as_value_of_old", kRange,
+                      R"(invalidValueTreatment="asIs" x-invalidValueReplacement="6")", 11.0, "6"},
+        TreatmentCase{"declared_invalid", kInvalids, "", 7.0, "null"},
+        TreatmentCase{"others_are_valid", kInvalids, "", 8.0, "8"}, TreatmentCase{"listed", kListed, "", 2.0, "2"},
+        TreatmentCase{"not_listed", kListed, "", 3.0, "null"},
+        TreatmentCase{"limits_without_outliers_do_nothing", kNone, R"(lowValue="0" highValue="1")", 3.0, "3"},
+        TreatmentCase{"extreme_below", kNone, R"(outliers="asExtremeValues" lowValue="0" highValue="1")", -3.0, "0"},
+        TreatmentCase{"extreme_above", kNone, R"(outliers="asExtremeValues" lowValue="0" highValue="1")", 3.0, "1"},
+        TreatmentCase{"extreme_one_sided", kNone, R"(outliers="asExtremeValues" lowValue="0")", 3.0, "3"},
+        TreatmentCase{"on_the_limit", kNone, R"(outliers="asMissingValues" lowValue="0" highValue="1")", 1.0, "1"},
+        TreatmentCase{"outlier_missing", kNone, R"(outliers="asMissingValues" lowValue="0" highValue="1")", 3.0,
+                      "null"},
+        TreatmentCase{"outlier_replaced", kNone,
+                      R"(outliers="asMissingValues" highValue="1" missingValueReplacement="9")", 3.0, "9"},
+        // Validity comes first: an outlier outside the range isn't repaired.
+        TreatmentCase{"invalid_before_outlier", kRange, R"(outliers="asExtremeValues" lowValue="0" highValue="5")",
+                      12.0, "null"},
+        TreatmentCase{"invalid_as_is_then_outlier", kRange,
+                      R"(invalidValueTreatment="asIs" outliers="asExtremeValues" highValue="5")", 12.0, "5"},
+        TreatmentCase{"replacement_is_not_checked", kRange, R"(missingValueReplacement="99")", kNull, "99"}),
+    KelTest::CaseName());
+
+TEST(TextField, UnlistedCategory_IsInvalidUnlessTheSchemaSaysOtherwise) {
+  const auto predict = [](const std::string& treatment, const Value& value) {
+    return Shown(Load({.body = R"(<Node><True/><Node score="yes"><SimplePredicate field="s" operator="equal" value="a"/>
+                       </Node><Node score="no"><True/></Node></Node>)",
+                       .schema = "<MiningField name=\"s\" " + treatment + "/>"})
+                     .Score({{"s", value}}),
+                 "prediction");
+  };
+  EXPECT_EQ(predict("", "a"), "yes");
+  EXPECT_EQ(predict("", "z"), "null");
+  EXPECT_EQ(predict(R"(invalidValueTreatment="asIs")", "z"), "no");
+  EXPECT_EQ(predict(R"(invalidValueTreatment="asMissing" missingValueReplacement="a")", "z"), "yes");
+  EXPECT_EQ(predict("", 1.0), "null");  // a number reads as the text "1", which isn't listed
+}
+
+TEST(IntegerField, FractionIsInvalid) {
+  const Scorer scorer = Load(Identity("n"));
+  EXPECT_EQ(scorer.Predict({{"n", 3.0}}).GetReal(), 3.0);
+  EXPECT_TRUE(scorer.Predict({{"n", 3.5}}).IsNull());
+}
+
+TEST(FloatField, IsRoundedToSinglePrecision) {
+  EXPECT_EQ(Load(Identity("f")).Predict({{"f", 0.1}}).GetReal(), static_cast<double>(0.1F));
+}
+
+TEST(ActiveField, InvalidValueThatNothingRefersTo_StillSpoilsTheRecord) {
+  const Scorer scorer = Load(Identity("x"));
+  EXPECT_EQ(scorer.Predict({{"x", 1.0}, {"s", "a"}}).GetReal(), 1.0);
+  EXPECT_TRUE(scorer.Predict({{"x", 1.0}, {"s", "unknown"}}).IsNull());
+}
+
+TEST(SupplementaryField, InvalidValue_SpoilsNothing) {
+  Document document = Identity("x");
+  document.schema = R"(<MiningField name="x"/><MiningField name="s" usageType="supplementary"/>)";
+  EXPECT_EQ(Load(document).Predict({{"x", 1.0}, {"s", "unknown"}}).GetReal(), 1.0);
+}
+
+// --- Derived fields ---
+
+const char* const kDictionary = R"(<TransformationDictionary>
+<DerivedField name="d" optype="continuous" dataType="double"><NormContinuous field="x"><LinearNorm orig="0" norm="0"/>
+<LinearNorm orig="1" norm="10"/></NormContinuous></DerivedField></TransformationDictionary>)";
+
+Document Derived(const std::string& inSchema = "") {
+  Document document = Identity("d");
+  document.transformations = kDictionary;
+  document.schema += inSchema;
+  return document;
+}
+
+TEST(DerivedField, OfTheDictionary_IsComputedFromTreatedFieldsWhateverTheRecordHolds) {
+  const Scorer scorer = Load(Derived());
+  EXPECT_EQ(scorer.Predict({{"x", 0.5}}).GetReal(), 5.0);
+  EXPECT_EQ(scorer.Predict({{"x", 0.5}, {"d", 77.0}}).GetReal(), 5.0);  // left over from another row
+  Document replaced = Derived();
+  replaced.schema = Document::AllFields(R"(missingValueReplacement="2")");
+  EXPECT_EQ(Load(replaced).Predict({}).GetReal(), 20.0);
+}
+
+TEST(DerivedField, OfTheExtension_IsReadFromTheRecord) {
+  const Scorer scorer =
+      Load(Derived(R"(<Extension extender="kelscoring" name="DerivedFields"><MiningField name="d"/></Extension>)"));
+  EXPECT_EQ(scorer.Predict({{"x", 0.5}, {"d", 77.0}}).GetReal(), 77.0);
+  EXPECT_TRUE(scorer.Predict({{"x", 0.5}, {"d", kNull}}).IsNull());
+}
+
+TEST(DerivedField, OfAForeignExtension_IsComputed) {
+  const Scorer scorer =
+      Load(Derived(R"(<Extension extender="someone" name="DerivedFields"><MiningField name="d"/></Extension>)"));
+  EXPECT_EQ(scorer.Predict({{"x", 0.5}, {"d", 77.0}}).GetReal(), 5.0);
+}
+
+TEST(DerivedField, WhenTheLibraryComputesAll_IsReadFromTheRecord) {
+  EXPECT_EQ(Load(Derived(), true).Predict({{"x", 0.5}, {"d", 77.0}}).GetReal(), 77.0);
+}
+
+TEST(DerivedField, RecordLacksOneThatTheLibraryComputes_IsAnError) {
+  const Scorer scorer = Load(Derived(), true);
+  ValueRecord out = Record({{"prediction", kNull}});
+  EXPECT_TRUE(scorer.scorer->Score(Record({{"x", 0.5}}), out).IsError());
+}
+
+TEST(DerivedField, LocalOne_MayUseThoseOfTheDictionaryAndHidesThem) {
+  Document document = Identity("e");
+  document.transformations = kDictionary;
+  document.body = R"(<LocalTransformations><DerivedField name="e" optype="continuous" dataType="double">
+      <FieldRef field="d"/></DerivedField></LocalTransformations>)" +
+                  document.body;
+  EXPECT_EQ(Load(document).Predict({{"x", 0.25}}).GetReal(), 2.5);
+  document = Derived();
+  document.body = R"(<LocalTransformations><DerivedField name="d" optype="continuous" dataType="double">
+      <Constant dataType="double">4</Constant></DerivedField></LocalTransformations>)" +
+                  document.body;
+  EXPECT_EQ(Load(document).Predict({{"x", 0.25}}).GetReal(), 4.0);
+}
+
+TEST(DerivedField, ThatCannotBeConverted_GivesNoResult) {
+  Document document = Identity("e");
+  document.body = R"(<LocalTransformations><DerivedField name="e" optype="continuous" dataType="double">
+      <FieldRef field="s"/></DerivedField></LocalTransformations>)" +
+                  document.body;
+  EXPECT_TRUE(Load(document).Predict({{"s", "a"}}).IsNull());
+}
+
+// --- Refusals ---
+
+struct RefusalCase {
+  const char* name;
+  const char* schema;
+  const char* reason;
+};
+
+class SchemaRefusal : public testing::TestWithParam<RefusalCase> {};
+
+TEST_P(SchemaRefusal, Schema_IsRefusedWithAReason) {
+  Document document = Identity("x");
+  document.schema = GetParam().schema;
+  EXPECT_NE(ReasonOf(document).find(GetParam().reason), std::string::npos) << ReasonOf(document);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, SchemaRefusal,
+    testing::Values(
+        RefusalCase{"unknown_field", R"(<MiningField name="x"/><MiningField name="q"/>)",
+                    "isn't in the data dictionary"},
+        RefusalCase{"field_twice", R"(<MiningField name="x"/><MiningField name="x"/>)", "stands there twice"},
+        RefusalCase{"no_name", "<MiningField/>", "name"},
+        RefusalCase{"usage", R"(<MiningField name="x" usageType="input"/>)", "active, predicted, target"},
+        RefusalCase{"outliers", R"(<MiningField name="x" outliers="cut"/>)", "asMissingValues, asExtremeValues"},
+        RefusalCase{"outliers_without_limit", R"(<MiningField name="x" outliers="asExtremeValues"/>)",
+                    "needs lowValue"},
+        RefusalCase{"outliers_of_texts",
+                    R"(<MiningField name="x"/><MiningField name="s" outliers="asExtremeValues" lowValue="0"/>)",
+                    "numbers only"},
+        RefusalCase{"limits", R"(<MiningField name="x" outliers="asExtremeValues" lowValue="2" highValue="1"/>)",
+                    "above highValue"},
+        RefusalCase{"invalid_treatment", R"(<MiningField name="x" invalidValueTreatment="skip"/>)",
+                    "returnInvalid, asIs"},
+        RefusalCase{"invalid_value", R"(<MiningField name="x" invalidValueTreatment="asValue"/>)",
+                    "needs invalidValueReplacement"},
+        RefusalCase{"missing_treatment", R"(<MiningField name="x" missingValueTreatment="guess"/>)", "asMean, asMode"},
+        RefusalCase{"replacement", R"(<MiningField name="x" missingValueReplacement="abc"/>)", "'abc'"},
+        RefusalCase{"second_target", R"(<MiningField name="x"/><MiningField name="y" usageType="target"/>)",
+                    "is a second target"},
+        RefusalCase{"unknown_element", R"(<MiningField name="x"/><Group/>)", "<Group>"}),
+    KelTest::CaseName());
+
+}  // namespace
+}  // namespace TorvaneTest
