@@ -74,13 +74,19 @@ class LayoutCache {
       const Entry* known = slot.load(std::memory_order_acquire);
       if (known == nullptr) {
         if (!own) own = std::make_unique<Entry>(Entry{layout, make()});
-        if (slot.compare_exchange_strong(known, own.get(), std::memory_order_acq_rel)) {
-          return Handle(own.release()->binding.get());
-        }
+        known = Publish(slot, own);
       }
       if (known->layout == layout) return Handle(known->binding.get());
     }
     return Handle(own ? std::move(own->binding) : make());
+  }  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): a published entry belongs to its slot
+
+  // Puts `own` into an empty slot, which owns it from then on. Gives what is in the slot: another thread may have been
+  // the first.
+  static const Entry* Publish(std::atomic<const Entry*>& slot, std::unique_ptr<Entry>& own) {
+    const Entry* known = nullptr;
+    if (!slot.compare_exchange_strong(known, own.get(), std::memory_order_acq_rel)) return known;
+    return own.release();
   }
 
   std::array<std::atomic<const Entry*>, kCapacity> fSlots{};

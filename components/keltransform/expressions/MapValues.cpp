@@ -100,6 +100,7 @@ std::size_t CountRows(const Element& inlineTable) {
 
 std::vector<Operand> OperandsOf(const std::vector<KeyColumn>& columns) {
   std::vector<Operand> operands;
+  operands.reserve(columns.size());
   for (const KeyColumn& column : columns) operands.push_back(column.field.operand);
   return operands;
 }

@@ -109,6 +109,13 @@ TEST_F(ExpressionCompilerTest, Resolve_NameInTwoDictionaries_InnerOneHidesOuterO
   EXPECT_EQ(Run(program, both, 3), 6.0);
 }
 
+TEST_F(ExpressionCompilerTest, Withdraw_FieldThatAnInputProvides_IsReadInsteadOfComputed) {
+  Declare(Field("x", "<Constant>99</Constant>") + Field("twice", Twice("x")));
+  fCompiler.Withdraw("x");
+  const std::uint32_t slot = fCompiler.Resolve("twice", fRoot).slot;
+  EXPECT_EQ(Run(fCompiler.Finish(), slot, 3), 6.0);
+}
+
 TEST_F(ExpressionCompilerTest, Find_UnknownName_GivesNullAndAsksOnce) {
   EXPECT_EQ(fCompiler.Find("z", fRoot), nullptr);
   EXPECT_EQ(fCompiler.Find("z", fRoot), nullptr);

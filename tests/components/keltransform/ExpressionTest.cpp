@@ -289,6 +289,20 @@ TEST(ExpressionTest, Derived_TypeAttributeInLowerCase_IsRead) {
   EXPECT_EQ(Show(Compute(transformation, {{"x", 1}}, {"d"}).front()), "text 1");
 }
 
+// The published example of the curve above, with its published digits.
+TEST(ExpressionTest, NormContinuous_PublishedExample_GivesThePublishedNumbers) {
+  const struct {
+    double x;
+    const char* outliers;
+    double expected;
+  } cases[] = {{1.212, "asIs", 0.19583},       {6.5, "asIs", 0.70458},  {-1.0, "asIs", -0.16455},
+               {-1.0, "asExtremeValues", 0.0}, {12.2, "asIs", 1.04544}, {12.2, "asExtremeValues", 1.0}};
+  for (const auto& row : cases) {
+    const std::string curve = Curve("outliers=\"" + std::string(row.outliers) + "\"");
+    EXPECT_NEAR(Evaluate("double", curve, {{"x", row.x}}).GetReal(), row.expected, 1e-5) << row.x;
+  }
+}
+
 // Many bins are searched, few are tried in order: both must find the same bin, at margins above all.
 TEST(ExpressionTest, Discretize_ManyBins_AgreesWithTryingThemInOrder) {
   const char* const closures[] = {"openOpen", "openClosed", "closedOpen", "closedClosed"};

@@ -65,6 +65,7 @@ TEST_F(LayoutCacheTest, Get_ThreadsRaceOnNewLayouts_AllSeeTheRightBinding) {
   LayoutCache<CountedBinding, 16> cache;
   std::atomic<int> wrong = 0;
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int thread = 0; thread < 4; ++thread) {
     threads.emplace_back([&] {
       for (std::uint64_t step = 0; step < 2000; ++step) {
