@@ -18,6 +18,8 @@ Examples:
   kelscore score model.pmml data.csv               scores every row to standard output
   kelscore score model.pmml data.csv -o out.csv --outputs prediction,probability
   cat data.csv | kelscore score model.pmml - --no-input --missing NA --threads 4
+  kelscore score --member a=first.pmml --member b=second.pmml data.csv
+  kelscore score --split-field town --split-member Bern=b.pmml --split-member Genf=g.pmml data.csv
 
 Exit status: 0 success, 1 some rows failed, 2 bad usage, 3 the model can't be created, 4 input or output failed.)";
 
@@ -35,38 +37,86 @@ char ReadDelimiter(const std::string& text) {
   throw Failure(kBadUsage, "--delimiter needs one character (not a quote or a line break) or \"tab\"");
 }
 
-/// The options of one command, and what they are read into.
+std::vector<std::string> SplitAtCommas(const std::string& text) {
+  std::vector<std::string> parts(1);
+  for (const char character : text) {
+    if (character == ',') {
+      parts.emplace_back();
+    } else {
+      parts.back() += character;
+    }
+  }
+  return parts;
+}
+
+CLI::Option* AddRepeatable(CLI::App& command, const char* name, std::vector<std::string>& values, const char* help,
+                           const char* type) {
+  return command.add_option(name, values, help)->type_name(type)->allow_extra_args(false);
+}
+
+/// The options that say where a model comes from.
 class ModelOptions {
  public:
   explicit ModelOptions(CLI::App& command) {
-    command.add_option("MODEL", fModel.path, "PMML document")->required();
+    command.add_option("MODEL", fModel.path, "PMML document; none with --member, --split-member or such settings");
+    AddRepeatable(command, "--member", fMembers, "instead of MODEL, a member of an ensemble; repeatable", "ID=MODEL");
+    AddRepeatable(command, "--split-field", fModel.splitFields,
+                  "instead of MODEL, a field whose value picks a member; repeatable", "NAME");
+    AddRepeatable(command, "--split-member", fSplitMembers,
+                  "the member for these values of the split fields, an empty one for no value; repeatable",
+                  "KEY[,KEY...]=MODEL");
+    command.add_option("--settings", fModel.settingsFile, "settings of the library; they may name the documents")
+        ->type_name("FILE");
     command.add_option("--plugin-dir", fModel.pluginDir, "folder of the plug-ins; default: beside the library")
         ->type_name("DIR");
-    Repeatable(command, "--dll", fDlls, "plug-in NAME scores models of kind ELEMENT; repeatable", "ELEMENT=NAME");
-  }
-
-  static void Repeatable(CLI::App& command, const char* name, std::vector<std::string>& values, const char* help,
-                         const char* type) {
-    command.add_option(name, values, help)->type_name(type)->allow_extra_args(false);
+    AddRepeatable(command, "--dll", fDlls, "plug-in NAME scores models of kind ELEMENT; repeatable", "ELEMENT=NAME");
   }
 
   [[nodiscard]] ModelArguments Get() const {
     ModelArguments model = fModel;
+    for (const std::string& member : fMembers) model.members.push_back(Split("--member", member));
+    for (const std::string& member : fSplitMembers) model.splitMembers.push_back(SplitMember(member));
     for (const std::string& dll : fDlls) model.dlls.push_back(Split("--dll", dll));
+    CheckMembers(model);
     return model;
   }
 
  private:
+  static SplitMemberArgument SplitMember(const std::string& text) {
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos || equals + 1 == text.size())
+      throw Failure(kBadUsage, "--split-member needs the form KEY=MODEL, not \"" + text + "\"");
+    return {SplitAtCommas(text.substr(0, equals)), text.substr(equals + 1)};
+  }
+
+  static void CheckMembers(const ModelArguments& model) {
+    if (!model.members.empty() && !model.splitMembers.empty())
+      throw Failure(kBadUsage, "--member and --split-member exclude each other");
+    if (model.splitFields.empty() != model.splitMembers.empty())
+      throw Failure(kBadUsage, "--split-field and --split-member need each other");
+  }
+
   ModelArguments fModel;
+  std::vector<std::string> fMembers;
+  std::vector<std::string> fSplitMembers;
   std::vector<std::string> fDlls;
 };
+
+// A model comes from one place only.
+void CheckDocument(const ModelArguments& model) {
+  const bool hasMembers = !model.members.empty() || !model.splitMembers.empty();
+  if (model.path.empty() && !hasMembers && model.settingsFile.empty())
+    throw Failure(kBadUsage, "MODEL is missing (see kelscore --help)");
+  if (!model.path.empty() && hasMembers)
+    throw Failure(kBadUsage, "a document of its own, " + model.path + ", stands beside members");
+}
 
 class ScoreOptions {
  public:
   explicit ScoreOptions(CLI::App& app)
       : fCommand(*app.add_subcommand("score", "Scores a table: a header row, then one row per record")),
         fModel(fCommand) {
-    fCommand.add_option("INPUT", fScore.input, "table of records; - is standard input")->required();
+    fCommand.add_option("INPUT", fScore.input, "table of records; - is standard input");
     fCommand.add_option("-o,--output", fScore.output, "scored table; default: standard output")->type_name("FILE");
     fCommand.add_option("--outputs", fScore.outputs, "outputs to write; default: all that the model has")
         ->type_name("NAME,...")
@@ -75,8 +125,8 @@ class ScoreOptions {
     fCommand.add_flag("--no-input", fNoInput, "write the outputs only, without the input columns");
     fCommand.add_option("--delimiter", fDelimiter, "between fields, of input and output; default: comma")
         ->type_name("CHAR|tab");
-    ModelOptions::Repeatable(fCommand, "--missing", fScore.missingTokens,
-                             "a field with this text has no value, as an empty one; repeatable", "TOKEN");
+    AddRepeatable(fCommand, "--missing", fScore.missingTokens,
+                  "a field with this text has no value, as an empty one; repeatable", "TOKEN");
     fCommand.add_option("--threads", fScore.threads, "threads that score; default: 1")
         ->check(CLI::Range(1U, kMostThreads))
         ->type_name("N");
@@ -91,6 +141,10 @@ class ScoreOptions {
   [[nodiscard]] ScoreArguments Get() const {
     ScoreArguments score = fScore;
     score.model = fModel.Get();
+    // Without a document of its own the table stands first.
+    if (score.input.empty()) score.input.swap(score.model.path);
+    if (score.input.empty()) throw Failure(kBadUsage, "INPUT is missing (see kelscore score --help)");
+    CheckDocument(score.model);
     score.writeInput = !fNoInput;
     score.delimiter = ReadDelimiter(fDelimiter);
     score.skipFailedRows = fOnError == "skip";
@@ -117,7 +171,11 @@ class DescribeOptions {
   }
 
   [[nodiscard]] bool IsChosen() const { return fCommand.parsed(); }
-  [[nodiscard]] DescribeArguments Get() const { return {fModel.Get(), fFormat == "json"}; }
+  [[nodiscard]] DescribeArguments Get() const {
+    const DescribeArguments describe{fModel.Get(), fFormat == "json"};
+    CheckDocument(describe.model);
+    return describe;
+  }
 
  private:
   CLI::App& fCommand;

@@ -7,9 +7,20 @@
 
 namespace kelscore {
 
-/// Where a model comes from.
-struct ModelArguments {
+/// A member of a split model: the values of the split fields, an empty one for a missing value, and a document.
+struct SplitMemberArgument {
+  std::vector<std::string> key;
   std::string path;
+};
+
+/// Where a model comes from: one document, the members of an ensemble, those of a split model, or a settings file that
+/// names documents.
+struct ModelArguments {
+  std::string path;                                          ///< empty for all but the first
+  std::vector<std::pair<std::string, std::string>> members;  ///< identifier and document
+  std::vector<std::string> splitFields;
+  std::vector<SplitMemberArgument> splitMembers;
+  std::string settingsFile;
   std::string pluginDir;                                  ///< empty: the plug-in beside the library
   std::vector<std::pair<std::string, std::string>> dlls;  ///< model element (or "Torvane") and base name of a plug-in
 };

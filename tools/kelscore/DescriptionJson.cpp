@@ -53,24 +53,42 @@ Json ToArray(const std::vector<OutputDescription>& outputs) {
   return array;
 }
 
-Json Head(const ModelDescription& description) {
-  Json head = {{"file", description.file}, {"element", description.element}};
-  AddText(head, "name", description.name);
-  AddText(head, "identifier", description.id);
-  AddText(head, "function", description.function);
-  AddText(head, "algorithm", description.algorithm);
-  AddText(head, "ensembleMethod", description.ensembleMethod);
-  AddText(head, "scorer", description.scorer);
-  AddText(head, "pmmlVersion", description.pmmlVersion);
-  AddText(head, "application", description.application);
-  AddText(head, "applicationVersion", description.applicationVersion);
-  return head;
+Json ToObject(const DocumentDescription& described) {
+  const ModelDocument& document = described.document;
+  Json object = Json::object();
+  AddText(object, "id", described.id);
+  if (!described.key.empty()) object["key"] = described.key;
+  object["file"] = document.path;
+  AddText(object, "element", document.element);
+  AddText(object, "name", document.name);
+  AddText(object, "identifier", document.id);
+  AddText(object, "function", document.function);
+  AddText(object, "algorithm", document.algorithm);
+  AddText(object, "ensembleMethod", document.ensembleMethod);
+  AddText(object, "pmmlVersion", document.pmmlVersion);
+  AddText(object, "application", document.application);
+  AddText(object, "applicationVersion", document.applicationVersion);
+  return object;
+}
+
+// One model under "model", or the members of a composite under "members".
+void AddDocuments(const ModelDescription& description, Json& to) {
+  if (!description.splitFields.empty()) to["splitFields"] = description.splitFields;
+  for (const DocumentDescription& described : description.documents) {
+    if (description.isComposite) {
+      to["members"].push_back(ToObject(described));
+    } else {
+      to["model"] = ToObject(described);
+      AddText(to["model"], "scorer", description.scorer);
+    }
+  }
 }
 
 }  // namespace
 
 std::string ToJson(const ModelDescription& description) {
-  Json json = {{"model", Head(description)}};
+  Json json = Json::object();
+  AddDocuments(description, json);
   json["inputs"] = ToArray(description.inputs);
   json["targets"] = ToArray(description.targets);
   json["outputs"] = ToArray(description.outputs);

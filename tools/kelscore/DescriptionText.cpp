@@ -95,19 +95,19 @@ std::vector<Row> NameRows(const std::vector<std::string>& names) {
   return rows;
 }
 
-std::vector<Row> HeadRows(const ModelDescription& description) {
+std::vector<Row> HeadRows(const ModelDocument& document, const std::string& scorer) {
   const Row all[] = {
-      {"file", description.file},
-      {"model", description.element},
-      {"name", description.name},
-      {"identifier", description.id},
-      {"function", description.function},
-      {"algorithm", description.algorithm},
-      {"ensemble method", description.ensembleMethod},
-      {"scorer", description.scorer},
-      {"PMML version", description.pmmlVersion},
+      {"file", document.path},
+      {"model", document.element},
+      {"name", document.name},
+      {"identifier", document.id},
+      {"function", document.function},
+      {"algorithm", document.algorithm},
+      {"ensemble method", document.ensembleMethod},
+      {"scorer", scorer},
+      {"PMML version", document.pmmlVersion},
       {"written by",
-       description.application + (description.applicationVersion.empty() ? "" : " " + description.applicationVersion)},
+       document.application + (document.applicationVersion.empty() ? "" : " " + document.applicationVersion)},
   };
   std::vector<Row> rows;
   std::copy_if(std::begin(all), std::end(all), std::back_inserter(rows),
@@ -115,11 +115,36 @@ std::vector<Row> HeadRows(const ModelDescription& description) {
   return rows;
 }
 
+std::string Joined(const std::vector<std::string>& texts) {
+  std::string joined;
+  for (const std::string& text : texts)
+    joined += (&text == &texts.front() ? "" : ", ") + (text.empty() ? "\"\"" : text);
+  return joined;
+}
+
+std::vector<Row> MemberRows(const ModelDescription& description) {
+  std::vector<Row> rows;
+  for (const DocumentDescription& member : description.documents) {
+    const ModelDocument& document = member.document;
+    rows.push_back({member.key.empty() ? member.id : Joined(member.key), document.element, document.function,
+                    document.name, document.path});
+  }
+  return rows;
+}
+
 }  // namespace
 
 std::string ToText(const ModelDescription& description) {
-  std::string text = "Model\n";
-  AppendTable(HeadRows(description), text);
+  std::string text;
+  if (description.isComposite) {
+    const bool isSplit = !description.splitFields.empty();
+    text = isSplit ? "Members by " + Joined(description.splitFields) + "\n" : "Members\n";
+    AppendTable(MemberRows(description), text);
+  } else {
+    text = "Model\n";
+    for (const DocumentDescription& model : description.documents)
+      AppendTable(HeadRows(model.document, description.scorer), text);
+  }
   AppendPart("Inputs", FieldRows(description.inputs), text);
   AppendPart("Target", FieldRows(description.targets), text);
   AppendPart("Outputs", OutputRows(description.outputs), text);

@@ -1,66 +1,183 @@
 #include "tools/kelscore/LoadedModel.h"
 
+#include <algorithm>
 #include <exception>
 #include <filesystem>
 #include <fstream>
 #include <new>
 #include <optional>
+#include <sstream>
+#include <system_error>
+#include <utility>
 
 #include "scoring/common/KelDiagnostics.h"
+#include "scoring/common/KelScoringConst.h"
 #include "scoring/common/KelVarList.h"
-#include "scoring/common/ValueRecord.h"
 #include "tools/kelscore/Failure.h"
 #include "tools/kelscore/ModelSettings.h"
 #include "tools/kelscore/PmmlDocument.h"
 #include "tools/kelscore/StatusText.h"
 
 namespace kelscore {
+namespace {
 
 using KelCommon_1_3::KelDiagnostics;
 using KelCommon_1_3::KelStatus;
 using KelCommon_1_3::ValueRecord;
 using KelScoring_20::ScoringModel;
+namespace KelScoringConst = KelScoring_20::KelScoringConst;
 
-LoadedModel::LoadedModel(const ModelArguments& arguments, Console& console) : fPath(arguments.path) {
-  if (std::filesystem::is_directory(fPath)) throw Failure(kNoModel, fPath + ": is a folder, not a PMML document");
-  Create(arguments);
-  const KelStatus status = fFactory.GetStatus();
-  fModel.reset(fFactory.Detach());
-  if (!fModel) throw Failure(kNoModel, fPath + ": no model: " + StatusText(status) + FailureReason());
-  if (!status.IsOK()) console.Tell(fPath + ": warning: " + StatusText(status));
-  std::ifstream document(fPath, std::ios::binary);
-  fDataFields = ReadDataTypes(document);
+std::string NameOf(const ModelArguments& arguments) {
+  if (!arguments.path.empty()) return arguments.path;
+  if (!arguments.members.empty()) return "ensemble of " + std::to_string(arguments.members.size());
+  if (!arguments.splitMembers.empty()) return "split model of " + std::to_string(arguments.splitMembers.size());
+  return arguments.settingsFile;
 }
 
-// A plug-in may throw whatever it likes.
-void LoadedModel::Create(const ModelArguments& arguments) {
-  KelDiagnostics::Clear();
-  KelXML_1_3::KelSettings settings = MakeSettings(arguments);
-  try {
-    fFactory.CreateScoringModel(settings, fPath);
-  } catch (const std::bad_alloc&) {
-    throw;
-  } catch (const std::exception& error) {
-    throw Failure(kNoModel, fPath + ": no model: the plug-in threw an exception: " + error.what());
-  } catch (...) {
-    throw Failure(kNoModel, fPath + ": no model: the plug-in threw an exception");
+void CheckFile(const std::string& path) {
+  std::error_code ignored;
+  if (std::filesystem::is_directory(path, ignored))
+    throw Failure(kNoModel, path + ": is a folder, not a PMML document");
+}
+
+std::stringstream ReadDocument(const std::string& path) {
+  CheckFile(path);
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw Failure(kNoModel, path + ": no model: the file can't be opened");
+  std::stringstream document;
+  if (file.peek() != std::ifstream::traits_type::eof()) document << file.rdbuf();
+  return document;
+}
+
+// The first document that knows a field says how it is read.
+void AddNewFields(std::vector<ModelField> more, std::vector<ModelField>& fields) {
+  for (ModelField& field : more) {
+    const auto known =
+        std::find_if(fields.begin(), fields.end(), [&field](const ModelField& f) { return f.name == field.name; });
+    if (known == fields.end()) {
+      fields.push_back(std::move(field));
+    } else {
+      known->needed = known->needed || field.needed;
+    }
   }
 }
 
-// The library tells a status and a plug-in a reason; where the XML is at fault, only a pass of our own can say.
+}  // namespace
+
+LoadedModel::LoadedModel(const ModelArguments& arguments, Console& console)
+    : fArguments(arguments),
+      fName(NameOf(arguments)),
+      fSettings(MakeSettings(arguments)),
+      fModelElements(ModelElements(fSettings)),
+      fMembers(FindMembers(arguments, fSettings, console)) {
+  WarnOfMembers(arguments, fMembers, console);
+  for (const std::string& path : Paths()) CheckFile(path);
+  Create();
+  const KelStatus status = fFactory.GetStatus();
+  fModel.reset(fFactory.Detach());
+  if (!fModel) Fail(status, console);
+  if (!status.IsOK()) console.Tell(fName + ": warning: " + StatusText(status));
+}
+
+std::vector<std::string> LoadedModel::Paths() const {
+  std::vector<std::string> paths;
+  for (const Member& member : fMembers) paths.push_back(member.path);
+  if (paths.empty() && !fArguments.path.empty()) paths.push_back(fArguments.path);
+  if (paths.empty()) fSettings.GetSettingValByName(KelScoringConst::kSettingScoringPmmlFiles, paths);
+  return paths;
+}
+
+// A plug-in may throw whatever it likes.
+void LoadedModel::Create() {
+  KelDiagnostics::Clear();
+  try {
+    if (!fArguments.path.empty()) {
+      fFactory.CreateScoringModel(fSettings, fArguments.path);
+    } else if (!fArguments.members.empty() || !fArguments.splitMembers.empty()) {
+      CreateFromStreams();
+    } else {
+      fFactory.CreateScoringModel(fSettings);
+    }
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const Failure&) {
+    throw;
+  } catch (const std::exception& error) {
+    throw Failure(kNoModel, fName + ": no model: the plug-in threw an exception: " + error.what());
+  } catch (...) {
+    throw Failure(kNoModel, fName + ": no model: the plug-in threw an exception");
+  }
+}
+
+// By way of files a single one would be no ensemble.
+void LoadedModel::CreateFromStreams() {
+  const bool isSplit = !fArguments.splitMembers.empty();
+  AddMembers(fArguments, isSplit ? FieldsOfDocuments() : std::vector<ModelField>(), fSettings);
+  std::vector<std::stringstream> documents;
+  for (const std::string& path : Paths()) documents.push_back(ReadDocument(path));
+  std::vector<std::stringstream*> streams;
+  for (std::stringstream& document : documents) streams.push_back(&document);
+  fFactory.CreateScoringModel(fSettings, streams);
+}
+
+// A composite doesn't say which of its members fails: made one by one, that member fails again.
+void LoadedModel::Fail(const KelStatus& status, Console& console) const {
+  const std::string reason = FailureReason();
+  if (fArguments.path.empty()) {
+    for (const std::string& path : Paths()) {
+      if (path.empty()) continue;
+      ModelArguments member = fArguments;
+      member.path = path;
+      member.members.clear();
+      member.splitMembers.clear();
+      const LoadedModel works(member, console);
+    }
+  }
+  throw Failure(kNoModel, fName + ": no model: " + StatusText(status) + reason);
+}
+
+// Where the XML is at fault, only a pass of our own can say the place; what the library says then is a consequence.
 std::string LoadedModel::FailureReason() const {
-  std::string reason = KelDiagnostics::Last();
-  std::ifstream document(fPath, std::ios::binary);
+  const std::string told = KelDiagnostics::Last();
+  KelDiagnostics::Clear();
+  std::ifstream document(fArguments.path, std::ios::binary);
   const std::optional<std::string> fault = document ? FindXmlFault(document) : std::nullopt;
-  if (reason.empty()) reason = KelDiagnostics::Last();
+  const std::string reason = fault ? KelDiagnostics::Last() : told;
   return (fault ? ": not well-formed XML, " + *fault : "") + (reason.empty() ? "" : ": " + reason);
+}
+
+std::vector<ModelField> LoadedModel::Fields() const {
+  const std::vector<std::string> paths = Paths();
+  std::vector<ModelField> fields;
+  if (fMembers.empty() && paths.size() == 1) {
+    std::ifstream document(paths.front(), std::ios::binary);
+    fields = ModelFields(fModel->GetVarList(), ReadDataTypes(document));
+  } else {
+    fields = FieldsOfDocuments();
+  }
+  for (const std::string& name : fArguments.splitFields) AddNewFields({{name, FieldKind::kText, true}}, fields);
+  return fields;
+}
+
+// The model tells the variables of its first member only, or merges them without what a table needs.
+std::vector<ModelField> LoadedModel::FieldsOfDocuments() const {
+  std::vector<ModelField> fields;
+  for (const ModelDocument& document : ReadDocuments())
+    AddNewFields(ModelFields(document.variables, document.dataFields), fields);
+  return fields;
+}
+
+std::vector<ModelDocument> LoadedModel::ReadDocuments() const {
+  std::vector<ModelDocument> documents;
+  for (const std::string& path : Paths()) documents.push_back(ReadModelDocument(path, fModelElements));
+  return documents;
 }
 
 ValueRecord AnnouncedOutputs(const LoadedModel& model) {
   ValueRecord outputs;
   const KelStatus status = model.Model().Scorable(outputs);
   if (status.IsError())
-    throw Failure(kNoModel, model.Path() + ": the model can't tell its outputs: " + StatusText(status));
+    throw Failure(kNoModel, model.Name() + ": the model can't tell its outputs: " + StatusText(status));
   return outputs;
 }
 

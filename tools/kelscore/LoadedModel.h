@@ -4,10 +4,14 @@
 #include <string>
 #include <vector>
 
+#include "scoring/common/KelSettings.h"
+#include "scoring/common/ValueRecord.h"
 #include "scoring/factory/ScoringFactory.h"
 #include "scoring/model/ScoringModel.h"
 #include "tools/kelscore/Arguments.h"
 #include "tools/kelscore/Console.h"
+#include "tools/kelscore/Members.h"
+#include "tools/kelscore/ModelDocument.h"
 #include "tools/kelscore/ModelField.h"
 
 namespace kelscore {
@@ -19,17 +23,31 @@ class LoadedModel {
   LoadedModel(const ModelArguments& arguments, Console& console);
 
   [[nodiscard]] KelScoring_20::ScoringModel& Model() const { return *fModel; }
-  [[nodiscard]] const std::string& Path() const { return fPath; }
-  /// The data fields that the document declares.
-  [[nodiscard]] const DataTypes& DataFields() const { return fDataFields; }
+  /// What messages call the model: its document, or what it is made of.
+  [[nodiscard]] const std::string& Name() const { return fName; }
+  /// The members of a composite model; none for a single document.
+  [[nodiscard]] const std::vector<Member>& Members() const { return fMembers; }
+  [[nodiscard]] const std::vector<std::string>& SplitFields() const { return fArguments.splitFields; }
+  /// The documents, one for a single one.
+  [[nodiscard]] std::vector<std::string> Paths() const;
+  /// The fields that the model reads from a table; empty for a model that knows no variables.
+  [[nodiscard]] std::vector<ModelField> Fields() const;
+  /// Reads the documents once more for what the model itself doesn't tell.
+  [[nodiscard]] std::vector<ModelDocument> ReadDocuments() const;
 
  private:
-  void Create(const ModelArguments& arguments);
+  void Create();
+  void CreateFromStreams();
+  [[noreturn]] void Fail(const KelCommon_1_3::KelStatus& status, Console& console) const;
   [[nodiscard]] std::string FailureReason() const;
+  [[nodiscard]] std::vector<ModelField> FieldsOfDocuments() const;
 
-  std::string fPath;
-  DataTypes fDataFields;
+  ModelArguments fArguments;
+  std::string fName;
   KelScoring_20::ScoringFactory fFactory;
+  KelXML_1_3::KelSettings fSettings;
+  std::vector<std::string> fModelElements;
+  std::vector<Member> fMembers;                         // of a composite
   std::unique_ptr<KelScoring_20::ScoringModel> fModel;  // goes before the factory
 };
 

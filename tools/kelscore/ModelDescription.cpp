@@ -1,16 +1,11 @@
 #include "tools/kelscore/ModelDescription.h"
 
 #include <algorithm>
-#include <fstream>
+#include <utility>
 
 #include "scoring/common/KelCatVar.h"
-#include "scoring/common/KelScoringConst.h"
-#include "scoring/common/KelSettings.h"
-#include "scoring/common/KelTransformation.h"
 #include "scoring/common/KelVarList.h"
 #include "scoring/common/ValueRecord.h"
-#include "scoring/factory/ScoringModelAttr.h"
-#include "scoring/factory/ScoringScorerFactory.h"
 #include "tools/kelscore/LoadedModel.h"
 #include "tools/kelscore/OutputLayout.h"
 
@@ -18,14 +13,10 @@ namespace kelscore {
 namespace {
 
 using KelCommon_1_3::ValueRecord;
-using KelScoring_20::ScoringModel;
-using KelScoring_20::ScoringModelAttr;
-using KelScoring_20::ScoringScorerFactory;
 using KelXML_1_3::IKelEncoder;
 using KelXML_1_3::IKelVariable;
 using KelXML_1_3::KelCatVar;
 using KelXML_1_3::KelVarList;
-namespace Const = KelScoring_20::KelScoringConst;
 
 std::string StorageName(int storageType) {
   static constexpr const char* kNames[] = {"", "integer", "real", "string", "date", "time", "dateTime"};
@@ -75,17 +66,17 @@ FieldDescription DescribeField(const IKelVariable& variable, const DataTypes& da
   return field;
 }
 
-// Derived fields, which the host doesn't give, may stand in the variable list, too.
-std::vector<FieldDescription> DescribeFields(const LoadedModel& model, KelXML_1_3::VariableRole role) {
-  std::vector<FieldDescription> fields;
-  const KelVarList& variables = model.Model().GetVarList();
-  const DataTypes& dataFields = model.DataFields();
+// Derived fields, which the host doesn't give, may stand in a variable list, too.
+void AddFields(const KelVarList& variables, const DataTypes& dataFields, KelXML_1_3::VariableRole role,
+               std::vector<FieldDescription>& fields) {
   for (int i = 0; i < variables.Size(); ++i) {
     const IKelVariable& variable = *variables.GetVarAt(i);
     const bool fromHost = dataFields.empty() || dataFields.contains(variable.GetName());
-    if (variable.GetVariableRole() == role && fromHost) fields.push_back(DescribeField(variable, dataFields));
+    const bool known = std::any_of(fields.begin(), fields.end(), [&variable](const FieldDescription& field) {
+      return field.name == variable.GetName();
+    });
+    if (variable.GetVariableRole() == role && fromHost && !known) fields.push_back(DescribeField(variable, dataFields));
   }
-  return fields;
 }
 
 std::vector<OutputDescription> DescribeOutputs(const LoadedModel& model) {
@@ -99,43 +90,40 @@ std::vector<OutputDescription> DescribeOutputs(const LoadedModel& model) {
   return outputs;
 }
 
-std::vector<std::string> DerivedFields(const ScoringModel& model) {
-  if (!model.GetTransformation()) return model.GetDerivedFields();
-  ValueRecord derived;
-  model.GetTransformation()->GetDerivedVariableInfo(derived, false);
-  return derived.Names(true);
+// A plug-in may change the variable list of a single model; a composite doesn't tell all of its members' lists.
+void AddFieldsOfDocuments(const LoadedModel& loaded, ModelDescription& description) {
+  for (const DocumentDescription& described : description.documents) {
+    const ModelDocument& document = described.document;
+    const KelVarList& variables = description.isComposite ? document.variables : loaded.Model().GetVarList();
+    AddFields(variables, document.dataFields, KelXML_1_3::kRoleInput, description.inputs);
+    AddFields(variables, document.dataFields, KelXML_1_3::kRoleTarget, description.targets);
+    for (const std::string& name : document.derivedFields) {
+      std::vector<std::string>& names = description.derivedFields;
+      if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
+    }
+  }
 }
 
-// The head of the document, as far as a model doesn't keep it.
-void AddHead(const LoadedModel& model, ModelDescription& description) {
-  std::vector<std::string> elements;
-  ScoringScorerFactory::GetModelNames(elements, model.Model().GetSettings());
-  std::ifstream document(model.Path(), std::ios::binary);
-  ScoringModelAttr head;
-  if (!ScoringScorerFactory::GetModelAttr(document, elements, head, "UTF-8").IsOK()) return;
-  description.name = head.modelName;
-  description.function = head.functionName;
-  description.pmmlVersion = head.version;
-  description.ensembleMethod = head.multipleModelMethod;
+std::vector<DocumentDescription> DescribeDocuments(const LoadedModel& loaded) {
+  std::vector<DocumentDescription> documents;
+  for (ModelDocument& document : loaded.ReadDocuments()) {
+    const std::size_t index = documents.size();
+    const Member member = index < loaded.Members().size() ? loaded.Members()[index] : Member();
+    documents.push_back({member.id, member.key, std::move(document)});
+  }
+  return documents;
 }
 
 }  // namespace
 
 ModelDescription Describe(const LoadedModel& loaded) {
-  const ScoringModel& model = loaded.Model();
   ModelDescription description;
-  description.file = loaded.Path();
-  AddHead(loaded, description);
-  description.element = model.GetSubType();
-  description.id = model.GetModelID();
-  description.algorithm = model.GetAlgName();
-  description.application = model.GetAppName();
-  description.applicationVersion = model.GetAppVersion();
-  description.scorer = model.GetModelType();
-  description.inputs = DescribeFields(loaded, KelXML_1_3::kRoleInput);
-  description.targets = DescribeFields(loaded, KelXML_1_3::kRoleTarget);
+  description.scorer = loaded.Model().GetModelType();
+  description.documents = DescribeDocuments(loaded);
+  description.isComposite = !loaded.Members().empty();
+  description.splitFields = loaded.SplitFields();
+  AddFieldsOfDocuments(loaded, description);
   description.outputs = DescribeOutputs(loaded);
-  description.derivedFields = DerivedFields(model);
   return description;
 }
 

@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "tools/kelscore/ModelDocument.h"
+
 namespace kelscore {
 
 class LoadedModel;
@@ -33,19 +35,19 @@ struct OutputDescription {
   std::vector<std::string> columns;  ///< that `score` writes for it, as far as they are known without a record
 };
 
+/// One document: a single model, or a member with its identifier or key.
+struct DocumentDescription {
+  std::string id;
+  std::vector<std::string> key;
+  ModelDocument document;
+};
+
 /// What `describe` tells, whatever the format.
 struct ModelDescription {
-  std::string file;
-  std::string element;
-  std::string name;
-  std::string id;
-  std::string function;
-  std::string algorithm;
-  std::string pmmlVersion;
-  std::string application;
-  std::string applicationVersion;
-  std::string scorer;          ///< what the plug-in calls it
-  std::string ensembleMethod;  ///< empty when the document holds no segments
+  std::string scorer;                          ///< what the plug-in calls the model, or its first member
+  std::vector<DocumentDescription> documents;  ///< one for a single model
+  bool isComposite = false;
+  std::vector<std::string> splitFields;
   std::vector<FieldDescription> inputs;
   std::vector<FieldDescription> targets;
   std::vector<OutputDescription> outputs;

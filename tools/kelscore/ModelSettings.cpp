@@ -4,10 +4,13 @@
 #include <string>
 
 #include "scoring/common/KelScoringConst.h"
+#include "scoring/factory/ScoringScorerFactory.h"
+#include "tools/kelscore/SettingsFile.h"
 
 namespace kelscore {
 namespace {
 
+using KelScoring_20::ScoringScorerFactory;
 using KelXML_1_3::KelSettings;
 namespace Const = KelScoring_20::KelScoringConst;
 
@@ -33,7 +36,7 @@ KelSettings PlugIns(const ModelArguments& arguments) {
   return plugIns;
 }
 
-KelSettings ModelElements(const ModelArguments& arguments) {
+KelSettings Elements(const ModelArguments& arguments) {
   KelSettings elements;
   for (const char* element : kModelElements) elements.AddSetting(element, "", true);
   for (const auto& [element, name] : arguments.dlls) {
@@ -46,9 +49,16 @@ KelSettings ModelElements(const ModelArguments& arguments) {
 
 KelSettings MakeSettings(const ModelArguments& arguments) {
   KelSettings settings;
+  if (!arguments.settingsFile.empty()) settings = ReadSettingsFile(arguments.settingsFile);
   settings.AddSetting(Const::kSettingScoringDll, PlugIns(arguments), true);
-  settings.AddSetting(Const::kSettingModelDll, ModelElements(arguments), true);
+  settings.AddSetting(Const::kSettingModelDll, Elements(arguments), true);
   return settings;
+}
+
+std::vector<std::string> ModelElements(KelSettings& settings) {
+  std::vector<std::string> names;
+  ScoringScorerFactory::GetModelNames(names, settings);
+  return names;
 }
 
 }  // namespace kelscore

@@ -142,26 +142,27 @@ bool OutputLayout::AppendValue(const Value& value, Output& output, char delimite
     reason = "output " + Quoted(output.name) + " has no members in this row, and columns for members";
     return false;
   }
-  if (output.layout != members->Layout() && !BindMembers(*members, output, reason)) return false;
+  if (output.layout != members->Layout()) BindMembers(*members, output);
+  for (const int other : output.others) {
+    if (members->At(other).IsNull()) continue;
+    reason = "output " + Quoted(output.name) + " has a member " + Quoted(members->NameAt(other)) +
+             " in this row, which has no column";
+    return false;
+  }
   return std::all_of(output.members.begin(), output.members.end(), [&](Output& member) {
     return AppendValue(members->At(member.position), member, delimiter, to, reason);
   });
 }
 
-bool OutputLayout::BindMembers(const ValueRecord& members, Output& output, std::string& reason) {
-  output.layout = 0;
-  int found = 0;
-  for (Output& member : output.members) {
-    member.position = members.IndexOf(member.name);
-    if (member.position >= 0) ++found;
-  }
-  if (found < members.Size()) {
-    reason = "output " + Quoted(output.name) + " has members in this row that have no column; its members are " +
-             Joined(members.Names(true));
-    return false;
-  }
+void OutputLayout::BindMembers(const ValueRecord& members, Output& output) {
   output.layout = members.Layout();
-  return true;
+  for (Output& member : output.members) member.position = members.IndexOf(member.name);
+  output.others.clear();
+  for (int i = 0; i < members.Size(); ++i) {
+    const bool hasColumn = std::any_of(output.members.begin(), output.members.end(),
+                                       [i](const Output& member) { return member.position == i; });
+    if (!hasColumn) output.others.push_back(i);
+  }
 }
 
 }  // namespace kelscore

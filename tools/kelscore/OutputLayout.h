@@ -28,7 +28,7 @@ class OutputLayout {
   [[nodiscard]] std::vector<std::string> Columns() const;
 
   /// Appends the columns of one record, each behind a delimiter. A null gives an empty column. False, and the reason,
-  /// when the record has a member without a column; `to` then holds a part of the columns.
+  /// when the record has a value without a column; `to` then holds a part of the columns.
   [[nodiscard]] bool Append(const KelCommon_1_3::ValueRecord& scored, char delimiter, std::string& to,
                             std::string& reason);
   /// Appends as many empty columns.
@@ -40,7 +40,8 @@ class OutputLayout {
     bool announced = false;                  // the model told the members: nothing is to be learned
     std::vector<Output> members;             // none for a plain value
     int position = -1;                       // in its record; of a member: in the record with `layout`
-    KelCommon_1_3::RecordLayout layout = 0;  // for which the members' positions hold; 0 before the first row
+    KelCommon_1_3::RecordLayout layout = 0;  // for which the positions of members hold; 0 before the first row
+    std::vector<int> others;                 // positions of members without a column, which may only be null
   };
 
   static void Announce(const KelCommon_1_3::Value& value, Output& output);
@@ -49,7 +50,7 @@ class OutputLayout {
   static void AppendNulls(const Output& output, char delimiter, std::string& to);
   static bool AppendValue(const KelCommon_1_3::Value& value, Output& output, char delimiter, std::string& to,
                           std::string& reason);
-  static bool BindMembers(const KelCommon_1_3::ValueRecord& members, Output& output, std::string& reason);
+  static void BindMembers(const KelCommon_1_3::ValueRecord& members, Output& output);
   void AddToRecord(const std::string& name);
 
   std::vector<Output> fOutputs;

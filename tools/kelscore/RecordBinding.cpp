@@ -1,10 +1,10 @@
 #include "tools/kelscore/RecordBinding.h"
 
 #include <algorithm>
-#include <optional>
 #include <utility>
 
 #include "tools/kelscore/CsvText.h"
+#include "tools/kelscore/FieldValue.h"
 
 namespace kelscore {
 
@@ -51,15 +51,7 @@ bool RecordBinding::FillField(const BoundField& field, std::string_view text, Va
     value.SetNull();
     return true;
   }
-  if (field.kind != FieldKind::kText) {
-    if (const std::optional<double> number = ReadNumber(text)) {
-      value = *number;
-      return true;
-    }
-    if (field.kind == FieldKind::kNumber) return false;
-  }
-  value = fText.assign(text);
-  return true;
+  return ReadFieldValue(field.kind, text, value, fText);
 }
 
 std::string RecordBinding::Reason(const BoundField& field, std::string_view text) const {

@@ -4,10 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "scoring/common/ValueRecord.h"
-#include "scoring/model/ScoringModel.h"
 #include "tools/kelscore/OutputLayout.h"
-#include "tools/kelscore/RecordBinding.h"
+#include "tools/kelscore/RecordScorer.h"
 #include "tools/kelscore/RowBatch.h"
 
 namespace kelscore {
@@ -34,12 +32,10 @@ struct RowStyle {
   bool stopOnError = true;   ///< else a failed row is written with empty outputs
 };
 
-/// Turns batches of rows into scored text. It has records of its own, so that each thread needs one scorer; the model
-/// is shared.
+/// Turns batches of rows into scored text. One thread uses a scorer at a time; copies share the model only.
 class RowScorer {
  public:
-  /// `model` must outlive the scorer.
-  RowScorer(KelScoring_20::ScoringModel& model, RecordBinding binding, OutputLayout layout, RowStyle style);
+  RowScorer(RecordScorer scorer, OutputLayout layout, RowStyle style);
 
   /// Replaces what `result` holds. Reuses its buffers.
   void Score(const RowBatch& batch, ScoredBatch& result);
@@ -50,17 +46,10 @@ class RowScorer {
   void AppendInput(const RowBatch& batch, std::size_t index, std::string& to) const;
   void FinishRow(std::size_t begin, std::string& to) const;
 
-  KelScoring_20::ScoringModel& fModel;
-  RecordBinding fBinding;
+  RecordScorer fScorer;
   OutputLayout fLayout;
   RowStyle fStyle;
-  KelCommon_1_3::ValueRecord fIn;
-  KelCommon_1_3::ValueRecord fOut;
   std::string fReason;  // of the row that failed last
 };
-
-/// Scores one row; false, and the reason, when it can't be read or scored. What a plug-in throws is a reason, too.
-[[nodiscard]] bool ScoreRecord(KelScoring_20::ScoringModel& model, const RowView& row, RecordBinding& binding,
-                               KelCommon_1_3::ValueRecord& in, KelCommon_1_3::ValueRecord& out, std::string& reason);
 
 }  // namespace kelscore

@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "scoring/common/ValueRecord.h"
 #include "tools/kelscore/CsvReader.h"
 #include "tools/kelscore/CsvText.h"
 #include "tools/kelscore/Files.h"
@@ -14,12 +13,11 @@
 #include "tools/kelscore/OutputLayout.h"
 #include "tools/kelscore/Pipeline.h"
 #include "tools/kelscore/RecordBinding.h"
+#include "tools/kelscore/RecordScorer.h"
 #include "tools/kelscore/RowScorer.h"
 
 namespace kelscore {
 namespace {
-
-using KelCommon_1_3::ValueRecord;
 
 bool Contains(const std::vector<std::string>& names, const std::string& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
@@ -55,14 +53,16 @@ class ScoreRun {
  private:
   RecordBinding BindFields() {
     const std::vector<std::string>& header = fReader.ReadHeader();
-    std::vector<ModelField> fields = ModelFields(fModel.Model().GetVarList(), fModel.DataFields());
+    std::vector<ModelField> fields = fModel.Fields();
     if (fields.empty()) fields = FieldsOfTable(header);
     return {fields, header, fArguments.missingTokens};
   }
 
   // Opening the output empties it, so it mustn't be what is still to be read.
   const std::string& CheckedOutput() const {
-    for (const std::string& source : {fArguments.input, fArguments.model.path}) {
+    std::vector<std::string> sources = fModel.Paths();
+    sources.insert(sources.end(), {fArguments.input, fArguments.model.settingsFile});
+    for (const std::string& source : sources) {
       if (IsSameFile(source, fArguments.output))
         throw Failure(kBadUsage, fArguments.output + ": would be overwritten while it is read");
     }
@@ -77,14 +77,17 @@ class ScoreRun {
 
   // The first row that can be scored shows which outputs have members that nobody announced.
   void LearnMembers() {
-    ValueRecord in = fBinding.Prototype();
-    ValueRecord out = fLayout.Prototype();
+    RecordScorer scorer = MakeRecordScorer();
     std::string reason;
     for (std::size_t i = 0; i < fFirstBatch.RowCount(); ++i) {
-      if (!ScoreRecord(fModel.Model(), fFirstBatch.Row(i), fBinding, in, out, reason)) continue;
-      fLayout.LearnFrom(out);
+      if (!scorer.Score(fFirstBatch.Row(i), reason)) continue;
+      fLayout.LearnFrom(scorer.Scored());
       return;
     }
+  }
+
+  RecordScorer MakeRecordScorer() const {
+    return {fModel.Model(), fBinding, fLayout.Prototype(), fModel.SplitFields()};
   }
 
   void WriteHeader() {
@@ -118,8 +121,9 @@ class ScoreRun {
                          !fArguments.skipFailedRows};
     for (unsigned i = 0; i < fArguments.threads; ++i) {
       stages.score.emplace_back(
-          [scorer = RowScorer(fModel.Model(), fBinding, fLayout, style)](
-              const RowBatch& batch, ScoredBatch& scored) mutable { scorer.Score(batch, scored); });
+          [scorer = RowScorer(MakeRecordScorer(), fLayout, style)](const RowBatch& batch, ScoredBatch& scored) mutable {
+            scorer.Score(batch, scored);
+          });
     }
     return stages;
   }

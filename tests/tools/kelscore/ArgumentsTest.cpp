@@ -28,7 +28,7 @@ TEST(Arguments, Score_FewestAndAll) {
 
   const auto all = std::get<ScoreArguments>(Read({"score",
                                                   "--missing",
-                                                  "NA",
+                                                  "-999",
                                                   "m.pmml",
                                                   "d.csv",
                                                   "-o",
@@ -56,7 +56,7 @@ TEST(Arguments, Score_FewestAndAll) {
   EXPECT_EQ(all.input, "d.csv");
   EXPECT_EQ(all.output, "out.csv");
   EXPECT_THAT(all.outputs, ElementsAre("a", "b"));
-  EXPECT_THAT(all.missingTokens, ElementsAre("NA", "?"));
+  EXPECT_THAT(all.missingTokens, ElementsAre("-999", "?"));
   EXPECT_FALSE(all.writeInput);
   EXPECT_EQ(all.delimiter, '\t');
   EXPECT_EQ(all.threads, 4U);
@@ -64,6 +64,24 @@ TEST(Arguments, Score_FewestAndAll) {
   EXPECT_EQ(all.errorColumn, "why");
   EXPECT_EQ(all.model.pluginDir, "plugins");
   EXPECT_THAT(all.model.dlls, ElementsAre(Pair("TreeModel", "trees"), Pair("Torvane", "other")));
+}
+
+TEST(Arguments, Members_TakeThePlaceOfTheDocument) {
+  const auto ensemble = std::get<ScoreArguments>(Read({"score", "--member", "a=x=y.pmml", "d.csv"}));
+  EXPECT_EQ(ensemble.model.path, "");
+  EXPECT_EQ(ensemble.input, "d.csv");
+  EXPECT_THAT(ensemble.model.members, ElementsAre(Pair("a", "x=y.pmml")));
+
+  const auto split = std::get<DescribeArguments>(
+      Read({"describe", "--split-field", "f", "--split-field", "g", "--split-member", "1,=a.pmml"}));
+  EXPECT_THAT(split.model.splitFields, ElementsAre("f", "g"));
+  ASSERT_EQ(split.model.splitMembers.size(), 1U);
+  EXPECT_THAT(split.model.splitMembers[0].key, ElementsAre("1", ""));
+  EXPECT_EQ(split.model.splitMembers[0].path, "a.pmml");
+
+  const auto settings = std::get<ScoreArguments>(Read({"score", "--settings", "s.xml", "m.pmml", "d.csv"}));
+  EXPECT_EQ(settings.model.path, "m.pmml");
+  EXPECT_EQ(settings.input, "d.csv");
 }
 
 TEST(Arguments, Describe_Formats) {
@@ -77,8 +95,11 @@ TEST(Arguments, BadUsage_IsOneLine) {
     const char* message;
   } kCases[] = {
       {{"frobnicate"}, "frobnicate"},
-      {{"score"}, "MODEL"},
-      {{"score", "m.pmml"}, "INPUT"},
+      {{"score"}, "INPUT"},
+      {{"score", "m.pmml"}, "MODEL"},
+      {{"score", "--member", "a=b"}, "INPUT"},
+      {{"score", "m.pmml", "d.csv", "--member", "a=b"}, "m.pmml"},
+      {{"score", "d.csv", "--split-member", "b"}, "KEY=MODEL"},
       {{"score", "m.pmml", "d.csv", "e.csv"}, "e.csv"},
       {{"score", "m.pmml", "d.csv", "--frobnicate"}, "--frobnicate"},
       {{"score", "m.pmml", "d.csv", "--threads", "0"}, "--threads"},
@@ -89,6 +110,7 @@ TEST(Arguments, BadUsage_IsOneLine) {
       {{"score", "m.pmml", "d.csv", "--dll", "TreeModel"}, "NAME=VALUE"},
       {{"score", "m.pmml", "d.csv", "--missing"}, "--missing"},
       {{"describe", "m.pmml", "--format", "yaml"}, "--format"},
+      {{"describe"}, "MODEL"},
   };
   for (const auto& c : kCases) {
     try {

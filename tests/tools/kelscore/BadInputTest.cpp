@@ -12,6 +12,7 @@ namespace kelscore {
 namespace {
 
 using testing::AllOf;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -171,6 +172,141 @@ TEST(GoodPlugIn, ByFolderAndName_IsUsed) {
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_THAT(run.out, StartsWith("prediction,probability"));
   }
+}
+
+TEST(BadPlugIn, ThatThrows_IsToldWithWhatItSays) {
+  const TestFolder folder;
+  for (const std::string road : {"stream", "dom"}) {
+    const std::string settings =
+        folder.Write("settings.xml", "<Settings><Parameter name='throw_on' value='" + road + "'/></Settings>");
+    const Outcome run = RunKelscore({"describe", Example("tree/churn.pmml"), "--settings", settings, "--dll",
+                                     std::string("Torvane=") + KEL_TEST_PLUGINS + "throwing"});
+    EXPECT_EQ(run.status, kNoModel);
+    EXPECT_EQ(run.err, "kelscore: " + Example("tree/churn.pmml") +
+                           ": no model: the plug-in threw an exception: thrown on the " + road + " road\n");
+  }
+}
+
+struct CompositeCase {
+  const char* name;
+  std::vector<std::string> arguments;
+  ExitStatus status;
+  std::string message;
+};
+
+// Those that the library takes are scored all the same.
+TEST(BadComposite, AnyOfThem_IsRefusedOrWarnedOf) {
+  const TestFolder folder;
+  const std::string good = Example("tree/churn.pmml");
+  const std::string missing = folder.PathOf("nowhere.pmml");
+  const std::string broken = folder.Write("broken.pmml", Churn().substr(0, 3000));
+  const CompositeCase kCases[] = {
+      {"missing file in the middle",
+       {"--member", "a=" + good, "--member", "b=" + missing, "--member", "c=" + good},
+       kNoModel,
+       missing + ": no model: "},
+      {"malformed member",
+       {"--member", "a=" + good, "--member", "b=" + broken},
+       kNoModel,
+       broken + ": no model: status 260010 "},
+      {"malformed member of a split model",
+       {"--split-field", "contract", "--split-member", "monthly=" + good, "--split-member", "yearly=" + broken},
+       kNoModel,
+       broken + ": no model: status 260010 "},
+      {"identifier twice",
+       {"--member", "a=" + good, "--member", "a=" + good},
+       kSuccess,
+       "warning: identifier \"a\" stands twice"},
+      {"key twice",
+       {"--split-field", "contract", "--split-member", "monthly=" + good, "--split-member", "monthly=" + good},
+       kSuccess,
+       "warning: key \"monthly\" stands twice"},
+      {"key of a wrong length",
+       {"--split-field", "contract", "--split-member", "monthly=" + good, "--split-member", "yearly,5=" + good},
+       kSuccess,
+       "warning: key \"yearly,5\" has 2 values for 1 split fields"},
+      {"key that is no number",
+       {"--split-field", "charges", "--split-member", "dear=" + good},
+       kBadUsage,
+       "\"dear\" is no number, as the field \"charges\" is"},
+      {"key that no member has",
+       {"--split-field", "contract", "--split-member", "yearly=" + good},
+       kSomeRowsFailed,
+       "row 1 (line 2): status 260009 "},
+      {"split field that the table lacks",
+       {"--split-field", "town", "--split-member", "Bern=" + good},
+       kSomeRowsFailed,
+       "warning: no column for \"town\""},
+      {"members beside a document", {good, "--member", "a=" + good}, kBadUsage, "stands beside members"},
+      {"both compositions",
+       {"--member", "a=" + good, "--split-field", "b", "--split-member", "c=" + good},
+       kBadUsage,
+       "exclude each other"},
+      {"split field alone", {"--split-field", "contract"}, kBadUsage, "need each other"},
+  };
+  for (const CompositeCase& c : kCases) {
+    SCOPED_TRACE(c.name);
+    std::vector<std::string> arguments = {"score", "--no-input", "--outputs", "prediction"};
+    arguments.insert(arguments.end(), c.arguments.begin(), c.arguments.end());
+    arguments.push_back("-");
+    const Outcome run = RunKelscore(arguments, kRows);
+    EXPECT_EQ(run.status, c.status) << run.err;
+    EXPECT_THAT(run.err, HasSubstr("kelscore: "));
+    EXPECT_THAT(run.err, HasSubstr(c.message));
+    if (c.status == kSuccess) {
+      EXPECT_THAT(run.out, EndsWith("\nyes\n"));
+    }
+  }
+}
+
+struct SettingsCase {
+  const char* name;
+  const char* settings;
+  ExitStatus status;
+  const char* message;
+};
+
+const SettingsCase kSettings[] = {
+    {"no XML", "modelDll = TreeModel", kNoModel, "no settings: not well-formed XML, line 1, column "},
+    {"empty", "", kNoModel, "no settings: not well-formed XML, line 1, column "},
+    {"parameter without a name", "<s><Parameter name='a' value='b'/><Parameter value='c'/></s>", kNoModel,
+     "no settings: status 108 "},
+    {"no documents", "<s/>", kNoModel, "no model: status 260003 "},
+    {"an empty path", "<s><Parameter name='scoring_pmmlFiles'><ListValue><Value value=''/></ListValue></Parameter></s>",
+     kNoModel, "no model: status 260003 "},
+    {"a document that isn't there",
+     "<s><Parameter name='scoring_pmmlFiles'><ListValue><Value value='no.pmml'/></ListValue></Parameter></s>", kNoModel,
+     "/no.pmml: no model: status 260004 "},
+    {"more identifiers than documents",
+     "<s><Parameter name='scoring_pmmlFiles'><ListValue><Value value='churn.pmml'/><Value value='churn.pmml'/>"
+     "</ListValue></Parameter><Parameter name='scoring_modelIDs'><ListValue><Value value='a'/><Value value='b'/>"
+     "<Value value='c'/></ListValue></Parameter></s>",
+     kNoModel, "no model: status 260003 "},
+    {"an ensemble of nothing", "<s><Parameter name='scoring_modelIDs'><ListValue/></Parameter></s>", kNoModel,
+     "the model can't tell its outputs: status 260009 "},
+    {"more documents than identifiers",
+     "<s><Parameter name='scoring_pmmlFiles'><ListValue><Value value='churn.pmml'/><Value value='no.pmml'/>"
+     "</ListValue></Parameter><Parameter name='scoring_modelIDs'><ListValue><Value value='a'/></ListValue></Parameter>"
+     "</s>",
+     kSuccess, "warning: documents without an identifier are ignored"},
+    {"identifiers for one document",
+     "<s><Parameter name='scoring_pmmlFiles'><ListValue><Value value='churn.pmml'/></ListValue></Parameter>"
+     "<Parameter name='scoring_modelIDs'><ListValue><Value value='a'/><Value value='b'/></ListValue></Parameter></s>",
+     kSuccess, "the identifiers are ignored"},
+};
+
+TEST(BadSettings, AnyOfThem_IsRefusedOrWarnedOf) {
+  const TestFolder folder;
+  folder.Write("churn.pmml", Churn());
+  for (const SettingsCase& c : kSettings) {
+    SCOPED_TRACE(c.name);
+    const Outcome run =
+        RunKelscore({"score", "-", "--settings", folder.Write("settings.xml", c.settings), "--no-input"}, kRows);
+    EXPECT_EQ(run.status, c.status) << run.err;
+    EXPECT_THAT(run.err, HasSubstr(c.message));
+    EXPECT_TRUE(IsOneLine(run.err)) << run.err;
+  }
+  EXPECT_EQ(RunKelscore({"score", "-", "--settings", folder.PathOf("nowhere.xml")}, kRows).status, kNoModel);
 }
 
 struct TableCase {

@@ -67,5 +67,26 @@ TEST(KelscoreDescribe, RegressionAsText_ReadsAlignedAndWhole) {
   EXPECT_THAT(run.out, HasSubstr("\nDerived fields\n  base\n  size\n  hasBalcony\n  era\n  demand\n  storey\n"));
 }
 
+TEST(KelscoreDescribe, Composites_TellMembersAndMergedFields) {
+  const Outcome ensemble =
+      RunKelscore({"describe", "--settings", Example("ensemble/ensemble.xml"), "--format", "json"});
+  ASSERT_EQ(ensemble.status, 0) << ensemble.err;
+  const json members = json::parse(ensemble.out)["members"];
+  ASSERT_EQ(members.size(), 2U);
+  EXPECT_EQ(members[0]["id"], "tree");
+  EXPECT_EQ(members[0]["element"], "TreeModel");
+  EXPECT_EQ(members[1]["id"], "logit");
+  EXPECT_EQ(members[1]["element"], "RegressionModel");
+
+  const Outcome split =
+      RunKelscore({"describe", "--split-field", "town", "--split-member", "Lakeside=" + Example("split/lakeside.pmml"),
+                   "--split-member", "Hilltop=" + Example("split/hilltop.pmml"), "--format", "json"});
+  ASSERT_EQ(split.status, 0) << split.err;
+  const json description = json::parse(split.out);
+  EXPECT_EQ(description["splitFields"], json({"town"}));
+  EXPECT_EQ(description["members"][1]["key"], json({"Hilltop"}));
+  EXPECT_EQ(Names(description["inputs"]), json({"area", "view", "garden"}));
+}
+
 }  // namespace
 }  // namespace kelscore

@@ -90,7 +90,9 @@ TEST(OutputLayout, RowsOfOtherShape_KeepTheColumnsOrSayWhyNot) {
   ValueRecord surprising = layout.Prototype();
   surprising["probcategory"]["new"] = 1.0;
   EXPECT_FALSE(layout.Append(surprising, ',', line, reason));
-  EXPECT_THAT(reason, HasSubstr("\"probcategory\" has members in this row that have no column; its members are new"));
+  EXPECT_THAT(reason, HasSubstr("\"probcategory\" has a member \"new\" in this row, which has no column"));
+  surprising["probcategory"]["new"].SetNull();
+  EXPECT_EQ(Line(layout, surprising), ",,,,");  // a null is nothing to lose
   EXPECT_EQ(Line(layout, reordered), ",,,0.75,0.25");
 
   ValueRecord plain = layout.Prototype();

@@ -27,7 +27,8 @@ RowScorer MakeScorer(FakeModel& model, RowStyle style) {
   ValueRecord announced;
   model.Scorable(announced);
   const RecordBinding binding({{"x", FieldKind::kNumber, true}}, {"id", "x"}, {});
-  return {model, binding, OutputLayout(announced, {}), style};
+  const OutputLayout layout(announced, {});
+  return {RecordScorer(model, binding, layout.Prototype(), {}), layout, style};
 }
 
 RowBatch Rows(const std::vector<std::vector<std::string>>& rows) {

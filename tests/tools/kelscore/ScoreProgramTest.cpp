@@ -87,7 +87,7 @@ TEST(KelscoreScore, InputColumns_ComeOutAsTheyWere) {
   ASSERT_EQ(run.status, 0) << run.err;
   EXPECT_THAT(run.out, StartsWith("customer,tenure,contract,charges,complaints,prediction\n"
                                   "\"Adler, Nina\",30,yearly,59.9,0,no\nBarros,5,monthly,89.5,2,yes\n"));
-  EXPECT_THAT(run.out, HasSubstr("\n\"Jones \"\"JJ\"\"\",0,monthly,64.5,0,no\n"));
+  EXPECT_THAT(run.out, HasSubstr("\n\"Jones \"\"JJ\"\"\",1,monthly,64.5,0,no\n"));
 }
 
 struct InputCase {
@@ -201,6 +201,62 @@ TEST(KelscoreScore, Threads_GiveTheSameAsOne) {
   EXPECT_EQ(threeStopped.status, 1);
   EXPECT_TRUE(threeStopped.out == oneStopped.out);
   EXPECT_EQ(threeStopped.err, oneStopped.err);
+}
+
+TEST(KelscoreScore, Ensemble_GivesAColumnForEachMember) {
+  // P(yes) of the logit member = 1 / (1 + exp(-y)), y = -1 - 0.05 tenure + complaints + 1 if monthly.
+  const double kLogits[] = {-1 - 1.5, -0.25 + 2, -0.6 + 1};
+  const std::string input = "tenure,contract,charges,complaints\n30,yearly,59.9,0\n5,monthly,89.5,2\n12,monthly,80,1\n";
+  const std::vector<std::string> kWays[] = {
+      {"--member", "tree=" + Example("tree/churn.pmml"), "--member", "logit=" + Example("ensemble/churn-logit.pmml")},
+      {"--settings", Example("ensemble/ensemble.xml")},
+  };
+  for (const std::vector<std::string>& way : kWays) {
+    std::vector<std::string> arguments = {"score", "-", "--no-input", "--outputs", "probcategory,Leaf,prediction"};
+    arguments.insert(arguments.end(), way.begin(), way.end());
+    const Outcome run = RunKelscore(arguments, input);
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.err, "");
+    const Table table = Fields(run.out);
+    ASSERT_EQ(table.size(), 1 + std::size(kLogits));
+    EXPECT_THAT(table[0], ElementsAre("probcategory.tree.no", "probcategory.tree.yes", "probcategory.logit.no",
+                                      "probcategory.logit.yes", "Leaf.tree", "prediction.tree", "prediction.logit"));
+    for (std::size_t i = 0; i < std::size(kLogits); ++i) {
+      EXPECT_NEAR(std::stod(table[i + 1][3]), 1 / (1 + std::exp(-kLogits[i])), 1e-12);
+      EXPECT_EQ(table[i + 1][6], kLogits[i] > 0 ? "yes" : "no");
+    }
+    EXPECT_EQ(table[3][4], "old-cheap");
+    EXPECT_EQ(table[3][5], "no");
+  }
+}
+
+TEST(KelscoreScore, SplitModel_PicksTheDocumentByField) {
+  // Lakeside: 200 + 15 per square metre + 120 for the view. Hilltop: 150 + 10 per square metre + 50 for the garden.
+  const char* const kRents[] = {"920", "800", "600", "550", "1287.5", "1150", "750", "2120", "470", "950"};
+  for (const char* threads : {"1", "2"}) {
+    const Outcome run = RunKelscore({"score", "--threads", threads, "--split-field", "town", "--split-member",
+                                     "Lakeside=" + Example("split/lakeside.pmml"), "--split-member",
+                                     "Hilltop=" + Example("split/hilltop.pmml"), Example("split/flats.csv")});
+    ASSERT_EQ(run.status, 0) << run.err;
+    const Table table = Fields(run.out);
+    ASSERT_EQ(table.size(), 1 + std::size(kRents));
+    for (std::size_t i = 0; i < std::size(kRents); ++i) EXPECT_EQ(table[i + 1].back(), kRents[i]);
+  }
+}
+
+TEST(KelscoreScore, SplitKeys_HaveTheTypeOfTheirField) {
+  // area is a number in both documents, town is in none; an empty key is that of a missing value.
+  const std::string lakeside = Example("split/lakeside.pmml");
+  const std::string hilltop = Example("split/hilltop.pmml");
+  const Outcome run =
+      RunKelscore({"score", "-", "--split-field", "town", "--split-field", "area", "--split-member", "1,40=" + lakeside,
+                   "--split-member", "1,=" + hilltop, "--split-member", ",40=" + hilltop, "--on-error", "skip"},
+                  "town,area\n1,4e1\n,40.0\n1,\n1.0,40\n1,41\n");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.out, "town,area,prediction\n1,4e1,800\n,40.0,550\n1,,\n1.0,40,\n1,41,\n");
+  EXPECT_THAT(run.err, AllOf(HasSubstr("row 4 (line 5): status 260009 "),
+                             HasSubstr("split fields: town = \"1.0\", area = \"40\"\n"),
+                             HasSubstr("split fields: town = \"1\", area = \"41\"\n")));
 }
 
 TEST(KelscoreScore, OutputFile_HoldsWhatStandardOutputWould) {

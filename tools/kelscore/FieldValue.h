@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "scoring/common/Value.h"
+#include "tools/kelscore/ModelField.h"
+
+namespace kelscore {
+
+/// Turns the text of a field into its value; false, and the value unchanged, if the field can't have that text.
+/// `scratch` is a buffer that the caller keeps, so that texts don't allocate.
+[[nodiscard]] bool ReadFieldValue(FieldKind kind, std::string_view text, KelCommon_1_3::Value& value,
+                                  std::string& scratch);
+
+}  // namespace kelscore

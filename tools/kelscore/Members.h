@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "scoring/common/KelSettings.h"
+#include "tools/kelscore/Arguments.h"
+#include "tools/kelscore/Console.h"
+#include "tools/kelscore/ModelField.h"
+
+namespace kelscore {
+
+/// A member of a composite model as people know it.
+struct Member {
+  std::string id;                ///< of an ensemble
+  std::vector<std::string> key;  ///< of a split model
+  std::string path;
+};
+
+/// The members that the arguments name, or else the settings, in the order of their documents; none for a single
+/// document. Settings may name documents that the library doesn't read, or identifiers that it doesn't look at: that
+/// is told.
+[[nodiscard]] std::vector<Member> FindMembers(const ModelArguments& arguments, const KelXML_1_3::KelSettings& settings,
+                                              Console& console);
+
+/// Tells of members that the library takes, and that don't do what their maker meant: an identifier or a key that
+/// stands twice, a key that no record can have.
+void WarnOfMembers(const ModelArguments& arguments, const std::vector<Member>& members, Console& console);
+
+/// Writes an ensemble or a split model of the arguments into the settings. Keys become values as the split fields of
+/// a table do. Throws `Failure` (bad usage) for a key that is no value of its field.
+void AddMembers(const ModelArguments& arguments, const std::vector<ModelField>& fields,
+                KelXML_1_3::KelSettings& settings);
+
+}  // namespace kelscore
