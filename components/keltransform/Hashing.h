@@ -14,7 +14,8 @@ namespace KelTransformNS {
 /// The hash of a map from names, which looks a name up without making a string of it.
 struct NameHash {
   using is_transparent = void;
-  std::size_t operator()(std::string_view name) const noexcept { return HashBytes(name.data(), name.size()); }
+  // Not marked noexcept: so the standard library's maps keep the hashes instead of working them out at each step.
+  std::size_t operator()(std::string_view name) const { return HashBytes(name.data(), name.size()); }
 };
 
 }  // namespace KelTransformNS
