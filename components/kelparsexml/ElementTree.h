@@ -36,9 +36,10 @@ class KEL_EXPORT Element {
   [[nodiscard]] int AttributeCount() const noexcept;
   [[nodiscard]] std::string_view AttributeName(int index) const noexcept;
   [[nodiscard]] std::string_view AttributeValue(int index) const noexcept;
-  /// The character data directly in the element, UTF-8, all pieces joined, as it stands.
+  /// The character data directly in the element, UTF-8, all pieces joined, as it stands. A piece that is only white
+  /// space is left out if the element has child elements; without any, it is kept.
   [[nodiscard]] std::string_view Text() const noexcept;
-  /// The line of the start tag, from 1; 0 where it isn't known (a tree made from a DOM).
+  /// The line where the start tag ends, from 1; 0 where it isn't known (a tree made from a DOM).
   [[nodiscard]] int Line() const noexcept;
 
   [[nodiscard]] Element FirstChild() const noexcept;
@@ -53,11 +54,13 @@ class KEL_EXPORT Element {
   [[nodiscard]] std::string_view Required(std::string_view attribute) const;
   /// The child element, which must be there.
   [[nodiscard]] Element RequiredChild(std::string_view name) const;
-  /// A number as PMML writes them (white space around it is trimmed; "INF", "-INF", "NaN" and exponents pass), nothing
-  /// if the attribute is absent.
+  /// A number as PMML writes them (white space around it is trimmed; "INF", "-INF", "NaN" and exponents pass, and
+  /// "Infinity" as some producers write it), nothing if the attribute is absent. One beyond the range of a double is
+  /// the nearest that there is: an infinity, or 0.
   [[nodiscard]] std::optional<double> Number(std::string_view attribute) const;
   [[nodiscard]] double Number(std::string_view attribute, double otherwise) const;
   [[nodiscard]] double RequiredNumber(std::string_view attribute) const;
+  /// A number of whole value, however it is written: "3", "3.0", "1e3".
   [[nodiscard]] std::optional<int> Integer(std::string_view attribute) const;
   /// "true", "false", "1" and "0".
   [[nodiscard]] bool Boolean(std::string_view attribute, bool otherwise) const;
@@ -86,9 +89,10 @@ class KEL_EXPORT ElementTree {
   ~ElementTree();
 
   /// Reads a document from the stream's current position through `KelXInputSource`, in one SAX2 pass. If `modelName`
-  /// isn't empty, those children of the root that stand behind the dictionaries are kept only as far as they matter:
-  /// the first element of that name wholly, every other model as a bare element without attributes or content. The
-  /// XML platform must be up. Throws `PmmlError` (with line and column for malformed XML) and `std::bad_alloc`.
+  /// isn't empty, the models under the root (all elements there but the header, the build task, the dictionaries and
+  /// extensions) are kept only as far as they matter: the first element of that name wholly, every other model as a
+  /// bare element without attributes or content. An element with more than 1,000 attributes is refused. The XML
+  /// platform must be up. Throws `PmmlError` (with line and column for malformed XML) and `std::bad_alloc`.
   static std::unique_ptr<ElementTree> Read(std::istream& stream, std::string_view modelName = {});
   /// Copies a DOM element with all its content; the parent's children aren't looked at. The same rule for
   /// `modelName`, where `root` is the document's root element.

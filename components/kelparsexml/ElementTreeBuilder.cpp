@@ -14,6 +14,9 @@ using namespace std::string_view_literals;
 
 constexpr std::size_t kMaxRecords = std::numeric_limits<std::uint32_t>::max();
 constexpr NameTable::Id kMaxName = 0x7FFF'FFFF;
+constexpr std::size_t kMaxLine = std::numeric_limits<int>::max();
+// Room for a short piece of text is reserved without counting its bytes.
+constexpr std::size_t kMaxShortPiece = 1024;
 
 const char16_t* LocalPart(const char16_t* qualifiedName) {
   const char16_t* local = qualifiedName;
@@ -46,7 +49,7 @@ bool ElementTreeBuilder::StartElement(const char16_t* qualifiedName, std::size_t
   return fSkippedDepth == 0;
 }
 
-// A name without a prefix is recognised as it stands: no number stands for a name with a colon.
+// A name without a prefix is recognised as it stands: what is guessed is never a name with a colon.
 NameTable::Id ElementTreeBuilder::InternElement(const char16_t* qualifiedName) {
   const auto address = reinterpret_cast<std::uintptr_t>(qualifiedName);
   NameTable::Id& guess = fElementGuesses[(address >> 4 ^ address >> 14) % kGuesses];
@@ -60,13 +63,13 @@ void ElementTreeBuilder::Append(NameTable::Id name, std::size_t line) {
   if (index == kMaxRecords || name > kMaxName) throw PmmlError("the document has too many elements");
   const auto position = static_cast<std::uint32_t>(index);
   if (!fOpen.empty()) {
-    EndPiece(true);
+    DropWhiteSpacePiece();
     OpenElement& parent = fOpen.back();
     if (parent.lastChild != 0) storage.elements[parent.lastChild].nextSibling = position;
     storage.elements[parent.index].hasChildren = 1;
     parent.lastChild = position;
   }
-  storage.elements.Append({name & kMaxName, 0, static_cast<std::uint32_t>(std::min(line, kMaxRecords)), 0,
+  storage.elements.Append({name & kMaxName, 0, static_cast<std::uint32_t>(std::min(line, kMaxLine)), 0,
                            static_cast<std::uint32_t>(storage.attributes.size()), 0});
   fOpen.push_back({position, 0, fTextEnd});
   fPieceFrom = fTextEnd;
@@ -87,31 +90,16 @@ void ElementTreeBuilder::AddAttribute(const char16_t* qualifiedName, const char1
   storage.attributes.Append({guess, storage.texts.Add(value)});
 }
 
-// The parser may part a pair of surrogates, so a first half waits for what comes next.
 void ElementTreeBuilder::AddText(const char16_t* text, std::size_t size) {
-  if (fSkippedDepth > 0 || fOpen.empty() || size == 0) return;
-  if (fHighSurrogate != 0) {
-    const char16_t pair[] = {std::exchange(fHighSurrogate, u'\0'), *text};
-    const std::size_t taken = IsLowSurrogate(*text) ? 1 : 0;
-    AppendText(pair, 1 + taken);
-    text += taken;
-    size -= taken;
-  }
-  if (size > 0 && IsHighSurrogate(text[size - 1])) fHighSurrogate = text[--size];
-  AppendText(text, size);
-}
-
-void ElementTreeBuilder::AppendText(const char16_t* text, std::size_t size) {
-  const std::size_t needed = fTextEnd + size * kMaxUtf8PerUnit;
-  if (needed > fText.size()) fText.resize(std::max(needed, fText.size() * 2));
+  if (fSkippedDepth > 0 || fOpen.empty()) return;
+  const std::size_t bytes = size <= kMaxShortPiece ? size * kMaxUtf8PerUnit : Utf8Size(text, size);
+  const std::size_t needed = fTextEnd + bytes;
+  if (needed > fText.size()) fText.resize(std::max(needed, 2 * fTextEnd));
   fTextEnd = static_cast<std::size_t>(WriteUtf8(text, size, fText.data() + fTextEnd) - fText.data());
 }
 
-// A half that is still waiting has none to come.
-void ElementTreeBuilder::EndPiece(bool besideChild) {
-  if (fHighSurrogate != 0) AppendText(&fHighSurrogate, 1);
-  fHighSurrogate = 0;
-  if (besideChild && std::all_of(fText.data() + fPieceFrom, fText.data() + fTextEnd, IsXmlSpace)) fTextEnd = fPieceFrom;
+void ElementTreeBuilder::DropWhiteSpacePiece() {
+  if (std::all_of(fText.data() + fPieceFrom, fText.data() + fTextEnd, IsXmlSpace)) fTextEnd = fPieceFrom;
 }
 
 void ElementTreeBuilder::EndElement() {
@@ -121,7 +109,7 @@ void ElementTreeBuilder::EndElement() {
   }
   fSkippedDepth = 0;
   const OpenElement element = fOpen.back();
-  EndPiece(element.lastChild != 0);
+  if (element.lastChild != 0) DropWhiteSpacePiece();
   const std::string_view text(fText.data() + element.textFrom, fTextEnd - element.textFrom);
   fStorage->elements[element.index].text = fStorage->texts.Add(text);
   fOpen.pop_back();

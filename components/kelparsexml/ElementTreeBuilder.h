@@ -28,7 +28,7 @@ class ElementTreeBuilder {
   bool StartElement(const char16_t* qualifiedName, std::size_t line);
   /// Of the element that was started last.
   void AddAttribute(const char16_t* qualifiedName, const char16_t* value);
-  /// Character data of the innermost open element; any number of pieces.
+  /// Character data of the innermost open element; any number of pieces of whole characters.
   void AddText(const char16_t* text, std::size_t size);
   void EndElement();
 
@@ -45,8 +45,7 @@ class ElementTreeBuilder {
   NameTable::Id InternElement(const char16_t* qualifiedName);
   void Append(NameTable::Id name, std::size_t line);
   [[nodiscard]] bool IsSkippedModel(std::string_view name);
-  void AppendText(const char16_t* text, std::size_t size);
-  void EndPiece(bool besideChild);
+  void DropWhiteSpacePiece();
 
   std::unique_ptr<ElementTree::Storage> fStorage;
   std::string fModelName;
@@ -60,7 +59,6 @@ class ElementTreeBuilder {
   std::size_t fTextEnd = 0;
   // Where the text since the last tag begins. If it is white space beside a child, it is dropped.
   std::size_t fPieceFrom = 0;
-  char16_t fHighSurrogate = 0;
 
   // The numbers that names had last time: by the name's address for elements (parsers keep one text per name), by
   // element and position for attributes. Any of them may be wrong.

@@ -81,7 +81,7 @@ void Parse(std::istream& stream, ElementTreeBuilder& builder) {
   } catch (const xercesc::OutOfMemoryException&) {
     throw std::bad_alloc();
   } catch (const xercesc::XMLException& problem) {
-    throw PmmlError("line " + std::to_string(problem.getSrcLine()) + ": " + ToUtf8(problem.getMessage()));
+    throw PmmlError(ToUtf8(problem.getMessage()));
   }
   if (!source.Refusal().empty()) throw PmmlError(source.Refusal());
 }

@@ -49,7 +49,7 @@ void MarkupGate<Units>::Go() {
 // Quotes and '>' are plain text here.
 template <class Units>
 void MarkupGate<Units>::InContent() {
-  while (Unit* const mark = NextMark()) {
+  while (Unit* const mark = fMarks.Next()) {
     if (*mark == Units::Of('<')) return OpenMarkup(mark);
   }
   StopAt(fEnd);
@@ -59,7 +59,7 @@ void MarkupGate<Units>::InContent() {
 template <class Units>
 void MarkupGate<Units>::InTag() {
   if (fQuote != 0 && !PassValue()) return;
-  while (Unit* const mark = NextMark()) {
+  while (Unit* const mark = fMarks.Next()) {
     if (*mark == Units::Of('>')) return CloseTag(mark);
     if (*mark == Units::Of('<')) continue;
     if (++fAttributes > fMaxAttributes) {
@@ -74,7 +74,7 @@ void MarkupGate<Units>::InTag() {
 
 template <class Units>
 bool MarkupGate<Units>::PassValue() {
-  while (Unit* const mark = NextMark()) {
+  while (Unit* const mark = fMarks.Next()) {
     if (*mark != fQuote) continue;
     fQuote = 0;
     fFrom = mark + 1;
@@ -88,7 +88,7 @@ bool MarkupGate<Units>::PassValue() {
 // opening don't count ("<!-->" isn't closed). Where the units end, those that may be such marks are held back.
 template <class Units>
 void MarkupGate<Units>::InMarked(char mark, std::ptrdiff_t marks) {
-  while (Unit* const at = NextMark()) {
+  while (Unit* const at = fMarks.Next()) {
     const bool isClosed =
         *at == Units::Of('>') && at - fFrom >= marks && at[-1] == Units::Of(mark) && at[-marks] == Units::Of(mark);
     if (isClosed) {
@@ -153,7 +153,8 @@ void MarkupGate<Units>::CloseTag(Unit* at) {
 }
 
 // A declaration is looked at as a whole, so it is held back until its end is there. Blanks of the same length take the
-// place of one that names something outside; its line breaks stay, so that lines keep their numbers.
+// place of one that names something outside; its line breaks stay, so that lines keep their numbers. The marks in it
+// are still to come, as blanks or as quotes and the '>' in content.
 template <class Units>
 void MarkupGate<Units>::PassDocumentType(Unit* at) {
   constexpr auto kMaxUnits = static_cast<std::ptrdiff_t>(InputGate::kMaxHeldBack / sizeof(Unit));
@@ -194,15 +195,6 @@ template <class Units>
 void MarkupGate<Units>::CountTagBytes(Unit* to) {
   fTagBytes += static_cast<std::size_t>(to - fTagFrom) * sizeof(Unit);
   if (fTagBytes > kMaxTagBytes) fRefusal = "a tag is longer than 64 MiB";
-}
-
-// Marks that have been passed in one go with a declaration are left out.
-template <class Units>
-auto MarkupGate<Units>::NextMark() -> Unit* {
-  for (;;) {
-    Unit* const mark = fMarks.Next();
-    if (mark == nullptr || mark >= fFrom) return mark;
-  }
 }
 
 template <class Units>

@@ -47,7 +47,6 @@ class MarkupGate {
   Unit* FindEndOfDocumentType(Unit* at, Unit* limit, bool& isExternal);
   void CountTagBytes(Unit* to);
 
-  Unit* NextMark();
   void StopAt(Unit* at);
   void HoldBack(Unit* at);
   void HoldBackLast(std::ptrdiff_t units);

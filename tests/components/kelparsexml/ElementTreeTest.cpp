@@ -111,15 +111,6 @@ TEST(ElementTreeTest, TextsOfAnyLength_AreKept) {
   EXPECT_EQ(seen, 13);
 }
 
-// The parser delivers long texts in pieces, and some end within a pair of surrogates.
-TEST(ElementTreeTest, SurrogatePairs_StayWholeInLongTexts) {
-  for (const char* const lead : {"", "x"}) {
-    std::string text = lead;
-    for (int i = 0; i < 20'000; ++i) text += kClef;
-    EXPECT_TRUE(Read("<a>" + text + "</a>")->Root().Text() == text);
-  }
-}
-
 TEST(ElementTreeTest, ManyElementsAndNames_AreKept) {
   std::string document = "<r>";
   for (int i = 0; i < 3'000; ++i) {
