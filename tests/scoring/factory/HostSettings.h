@@ -10,28 +10,16 @@ namespace KelTest {
 
 using Entries = std::vector<std::pair<std::string, std::string>>;
 
-inline std::string PlugIn(const std::string& name) { return KEL_TEST_PLUGINS + name; }
+/// The base name, with its folder, of one of the small test plug-ins.
+std::string PlugIn(const std::string& name);
 
-inline KelXML_1_3::KelSettings Nested(const Entries& entries) {
-  KelXML_1_3::KelSettings settings;
-  for (const auto& [name, value] : entries) settings.AddSetting(name, value, true);
-  return settings;
-}
+/// Settings of these texts.
+KelXML_1_3::KelSettings Nested(const Entries& entries);
 
 /// What a host gives: the test plug-in `plugIn` for everything, and the elements that count as a model.
-inline KelXML_1_3::KelSettings HostSettings(const std::string& plugIn,
-                                            const Entries& modelDll = {{"TreeModel", "any"}}) {
-  KelXML_1_3::KelSettings settings;
-  settings.AddSetting("scoringDll", Nested({{"Torvane", PlugIn(plugIn)}}), true);
-  settings.AddSetting("modelDll", Nested(modelDll), true);
-  return settings;
-}
+KelXML_1_3::KelSettings HostSettings(const std::string& plugIn, const Entries& modelDll = {{"TreeModel", "any"}});
 
 /// The text setting `name`, "(none)" without it.
-inline std::string Text(const KelXML_1_3::KelSettings& settings, const std::string& name) {
-  std::string text = "(none)";
-  settings.GetSettingValByName(name, text);
-  return text;
-}
+std::string Text(const KelXML_1_3::KelSettings& settings, const std::string& name);
 
 }  // namespace KelTest
