@@ -85,7 +85,7 @@ void ElementTreeBuilder::AddAttribute(const char16_t* qualifiedName, const char1
   if (fSkippedDepth > 0) return;
   ElementTree::Storage& storage = *fStorage;
   if (storage.attributes.size() == kMaxRecords) throw PmmlError("the document has too many attributes");
-  NameTable::Id& guess = fAttributeGuesses[(fName * 16 + fPosition++) % kGuesses];
+  NameTable::Id& guess = fAttributeGuesses[(std::size_t{fName} * 16 + fPosition++) % kGuesses];
   guess = storage.names.Intern(qualifiedName, guess);
   storage.attributes.Append({guess, storage.texts.Add(value)});
 }

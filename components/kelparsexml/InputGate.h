@@ -14,7 +14,7 @@ namespace KelXML_1_3 {
 class InputGate {
  public:
   /// The most bytes that a call holds back.
-  static constexpr std::size_t kMaxHeldBack = 32 * 1024;
+  static constexpr std::size_t kMaxHeldBack = 32'768;
 
   explicit InputGate(int maxAttributes) : fMaxAttributes(maxAttributes) {}
 

@@ -16,7 +16,7 @@ constexpr std::size_t kMaxShort = kLongMark - 1;
 // A name is the number of the chunk and the place in it, 16 bits each.
 constexpr int kOffsetBits = 16;
 constexpr std::size_t kChunkBytes = std::size_t{1} << kOffsetBits;
-constexpr std::size_t kFirstChunkBytes = 8 * 1024;  // enough for a small document
+constexpr std::size_t kFirstChunkBytes = 8192;  // enough for a small document
 constexpr std::size_t kMaxChunks = std::size_t{1} << (32 - kOffsetBits);
 // Longer ones would leave too much of a chunk unused.
 constexpr std::size_t kMaxShared = kChunkBytes / 4;
