@@ -58,7 +58,22 @@ void FieldScope::DeclareDerivedFields(const Element& model) {
     fDerivedInRecord.emplace(name, element);
     fCompiler.Withdraw(name);
   }
+  if (!fDerivedInRecord.empty()) CheckTransformation(dictionary);
   fCompiler.DeclareDerivedFields(model.Child("LocalTransformations"));
+}
+
+// The library computes a dictionary as a whole or not at all, and says nothing then. So if a field is to come from it,
+// every derived field must be one that can be compiled.
+void FieldScope::CheckTransformation(const Element& dictionary) const {
+  std::optional<KelTransformNS::ExpressionCompiler> compiler;
+  const auto findInput = [&](std::string_view name) -> std::optional<ResolvedField> {
+    const FieldDeclaration* field = fDocument.dictionary.Find(name);
+    if (field == nullptr) return std::nullopt;
+    return ResolvedField{field->name, field->dataType, field->opType, compiler->NewSlot()};
+  };
+  compiler.emplace(fDocument.pool, findInput);
+  compiler->DeclareDerivedFields(dictionary);
+  for (const std::string& name : compiler->DerivedFieldNames()) (void)compiler->Resolve(name, dictionary);
 }
 
 // A listed field must be declared. One that is a derived field needs no listing; listed, it is computed all the same.

@@ -90,6 +90,7 @@ class FieldScope {
   KelTransformNS::ResolvedField AddInput(const MiningField& field);
   std::optional<KelTransformNS::ResolvedField> AddDerivedInput(std::string_view name);
   void DeclareDerivedFields(const Element& model);
+  void CheckTransformation(const Element& dictionary) const;
   void CheckSchema();
 
   const Document& fDocument;

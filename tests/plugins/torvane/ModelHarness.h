@@ -22,7 +22,7 @@ struct Document {
   std::string kind = "TreeModel";
   std::string function = "classification";
   std::string attributes = "";  ///< of the model
-  std::string body;             ///< what stands behind the mining schema
+  std::string body = "";        ///< what stands behind the mining schema
   std::string version = "4.2";
   std::string schema = AllFields("");
   std::string dictionary = AllDeclarations();
