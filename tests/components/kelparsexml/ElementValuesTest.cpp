@@ -207,6 +207,7 @@ TEST_F(ElementValuesTest, ArrayOfOtherCount_IsRefused) {
       }
     };
     expectError([&] { ReadStringArray(array); });
+    EXPECT_EQ(ReadStringArray(array, KelXML_1_3::ArrayCount::kIgnored), (std::vector<std::string>{"1", "2"}));
     expectError([&] { ReadNumberArray(array); });
   }
 }
