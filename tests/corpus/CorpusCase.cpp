@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
+#include <ostream>
 #include <sstream>
 #include <stdexcept>
 
@@ -77,6 +78,8 @@ std::optional<std::string> ArgumentOf(const std::string& name, const std::string
 }
 
 }  // namespace
+
+void PrintTo(const CorpusCase& corpusCase, std::ostream* stream) { *stream << corpusCase.name; }
 
 std::string CorpusFolder() {
   const char* folder = std::getenv("KELSCORING_CORPUS");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iosfwd>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,6 +18,9 @@ struct CorpusCase {
   std::vector<std::string> targetFields;
   double tolerance;  ///< relative, and absolute near zero
 };
+
+/// How the test framework names a case.
+void PrintTo(const CorpusCase& corpusCase, std::ostream* stream);
 
 /// The cases of the corpus; empty where there is no corpus.
 const std::vector<CorpusCase>& AllCases();
