@@ -62,6 +62,14 @@ void AddNewFields(std::vector<ModelField> more, std::vector<ModelField>& fields)
   }
 }
 
+std::vector<std::string> Categories(const KelXML_1_3::IKelVariable& variable) {
+  std::vector<std::string> categories;
+  if (variable.GetMeasureLevel() == KelXML_1_3::kContinuous) return categories;
+  const KelXML_1_3::IKelEncoder& encoder = *variable.GetEncoder();
+  for (int i = 0; i < encoder.GetValueCount(); ++i) categories.push_back(encoder.GetStringValueAt(i));
+  return categories;
+}
+
 }  // namespace
 
 LoadedModel::LoadedModel(const ModelArguments& arguments, Console& console)
@@ -77,6 +85,14 @@ LoadedModel::LoadedModel(const ModelArguments& arguments, Console& console)
   fModel.reset(fFactory.Detach());
   if (!fModel) Fail(status, console);
   if (!status.IsOK()) console.Tell(fName + ": warning: " + StatusText(status));
+  ReadFirstDocument();
+}
+
+void LoadedModel::ReadFirstDocument() {
+  const std::vector<std::string> paths = Paths();
+  if (paths.empty()) return;
+  std::ifstream document(paths.front(), std::ios::binary);
+  fDataFields = ReadDataFields(document);
 }
 
 std::vector<std::string> LoadedModel::Paths() const {
@@ -147,14 +163,8 @@ std::string LoadedModel::FailureReason() const {
 }
 
 std::vector<ModelField> LoadedModel::Fields() const {
-  const std::vector<std::string> paths = Paths();
-  std::vector<ModelField> fields;
-  if (fMembers.empty() && paths.size() == 1) {
-    std::ifstream document(paths.front(), std::ios::binary);
-    fields = ModelFields(fModel->GetVarList(), ReadDataTypes(document));
-  } else {
-    fields = FieldsOfDocuments();
-  }
+  std::vector<ModelField> fields =
+      fMembers.empty() ? ModelFields(fModel->GetVarList(), fDataFields) : FieldsOfDocuments();
   for (const std::string& name : fArguments.splitFields) AddNewFields({{name, FieldKind::kText, true}}, fields);
   return fields;
 }
@@ -165,6 +175,16 @@ std::vector<ModelField> LoadedModel::FieldsOfDocuments() const {
   for (const ModelDocument& document : ReadDocuments())
     AddNewFields(ModelFields(document.variables, document.dataFields), fields);
   return fields;
+}
+
+std::vector<std::string> LoadedModel::TargetCategories() const {
+  std::vector<std::string> categories;
+  const KelXML_1_3::KelVarList& variables = fModel->GetVarList();
+  for (int i = 0; i < variables.Size() && categories.empty(); ++i) {
+    const KelXML_1_3::IKelVariable& variable = *variables.GetVarAt(i);
+    if (RoleOf(variable, fDataFields) == KelXML_1_3::kRoleTarget) categories = Categories(variable);
+  }
+  return categories;
 }
 
 std::vector<ModelDocument> LoadedModel::ReadDocuments() const {
@@ -179,15 +199,6 @@ ValueRecord AnnouncedOutputs(const LoadedModel& model) {
   if (status.IsError())
     throw Failure(kNoModel, model.Name() + ": the model can't tell its outputs: " + StatusText(status));
   return outputs;
-}
-
-std::vector<std::string> TargetCategories(const ScoringModel& model) {
-  std::vector<std::string> categories;
-  const KelXML_1_3::IKelVariable* target = model.GetVarList().GetTargetRespVariable();
-  if (!target || target->GetMeasureLevel() == KelXML_1_3::kContinuous) return categories;
-  for (int i = 0; i < target->GetEncoder()->GetValueCount(); ++i)
-    categories.push_back(target->GetEncoder()->GetStringValueAt(i));
-  return categories;
 }
 
 }  // namespace kelscore

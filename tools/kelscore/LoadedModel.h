@@ -32,12 +32,15 @@ class LoadedModel {
   [[nodiscard]] std::vector<std::string> Paths() const;
   /// The fields that the model reads from a table; empty for a model that knows no variables.
   [[nodiscard]] std::vector<ModelField> Fields() const;
+  /// The categories of the target, of the first member in a composite, as text; none for a continuous target.
+  [[nodiscard]] std::vector<std::string> TargetCategories() const;
   /// Reads the documents once more for what the model itself doesn't tell.
   [[nodiscard]] std::vector<ModelDocument> ReadDocuments() const;
 
  private:
   void Create();
   void CreateFromStreams();
+  void ReadFirstDocument();
   [[noreturn]] void Fail(const KelCommon_1_3::KelStatus& status, Console& console) const;
   [[nodiscard]] std::string FailureReason() const;
   [[nodiscard]] std::vector<ModelField> FieldsOfDocuments() const;
@@ -48,13 +51,11 @@ class LoadedModel {
   KelXML_1_3::KelSettings fSettings;
   std::vector<std::string> fModelElements;
   std::vector<Member> fMembers;                         // of a composite
+  DataFields fDataFields;                               // of the first document
   std::unique_ptr<KelScoring_20::ScoringModel> fModel;  // goes before the factory
 };
 
 /// The outputs that a model announces. Throws `Failure` (no model) when it can't tell them.
 [[nodiscard]] KelCommon_1_3::ValueRecord AnnouncedOutputs(const LoadedModel& model);
-
-/// The categories of the model's target, as text; none for a continuous or unknown target.
-[[nodiscard]] std::vector<std::string> TargetCategories(const KelScoring_20::ScoringModel& model);
 
 }  // namespace kelscore

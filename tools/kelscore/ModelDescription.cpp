@@ -45,13 +45,13 @@ void AddCategories(const IKelVariable& variable, FieldDescription& field) {
     field.flagTrueValue = encoder.GetStringValueAt(categorical->GetBinaryFlagTrueIndex());
 }
 
-FieldDescription DescribeField(const IKelVariable& variable, const DataTypes& dataTypes) {
+FieldDescription DescribeField(const IKelVariable& variable, const DataFields& dataFields) {
   FieldDescription field;
   field.name = variable.GetName();
   if (variable.GetLabel() != field.name) field.label = variable.GetLabel();
-  const auto dataType = dataTypes.find(field.name);
-  field.dataType = dataType != dataTypes.end() && !dataType->second.empty() ? dataType->second
-                                                                            : StorageName(variable.GetStorageType());
+  const auto declared = dataFields.find(field.name);
+  if (declared != dataFields.end()) field.dataType = declared->second.dataType;
+  if (field.dataType.empty()) field.dataType = StorageName(variable.GetStorageType());
   field.level = LevelOf(variable);
   if (field.level != "continuous") AddCategories(variable, field);
   double low = 0.0;
@@ -66,16 +66,15 @@ FieldDescription DescribeField(const IKelVariable& variable, const DataTypes& da
   return field;
 }
 
-// Derived fields, which the host doesn't give, may stand in a variable list, too.
-void AddFields(const KelVarList& variables, const DataTypes& dataFields, KelXML_1_3::VariableRole role,
+void AddFields(const KelVarList& variables, const DataFields& dataFields, KelXML_1_3::VariableRole role,
                std::vector<FieldDescription>& fields) {
   for (int i = 0; i < variables.Size(); ++i) {
     const IKelVariable& variable = *variables.GetVarAt(i);
-    const bool fromHost = dataFields.empty() || dataFields.contains(variable.GetName());
     const bool known = std::any_of(fields.begin(), fields.end(), [&variable](const FieldDescription& field) {
       return field.name == variable.GetName();
     });
-    if (variable.GetVariableRole() == role && fromHost && !known) fields.push_back(DescribeField(variable, dataFields));
+    const bool wanted = RoleOf(variable, dataFields) == role && ComesFromHost(variable, dataFields);
+    if (wanted && !known) fields.push_back(DescribeField(variable, dataFields));
   }
 }
 
@@ -84,7 +83,7 @@ std::vector<OutputDescription> DescribeOutputs(const LoadedModel& model) {
   const ValueRecord announced = AnnouncedOutputs(model);
   for (const std::string& name : announced.Names(true)) {
     OutputLayout layout(announced, {name});
-    layout.AddCategories(TargetCategories(model.Model()));
+    layout.AddCategories(model.TargetCategories());
     outputs.push_back({name, layout.Columns()});
   }
   return outputs;

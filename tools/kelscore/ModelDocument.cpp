@@ -50,7 +50,7 @@ ModelDocument ReadModelDocument(const std::string& path, const std::vector<std::
   if (ScoringScorerFactory::GetModelAttr(stream, modelElements, head, "UTF-8").IsOK()) AddHead(head, document);
   stream.clear();
   stream.seekg(0);
-  document.dataFields = ReadDataTypes(stream);
+  document.dataFields = ReadDataFields(stream);
   return document;
 }
 

@@ -21,7 +21,7 @@ struct ModelDocument {
   std::string applicationVersion;
   std::string ensembleMethod;        ///< empty when the document holds no segments
   KelXML_1_3::KelVarList variables;  ///< with their roles
-  DataTypes dataFields;
+  DataFields dataFields;
   std::vector<std::string> derivedFields;  ///< of the transformation dictionary
 };
 

@@ -9,6 +9,7 @@ using KelXML_1_3::IKelVariable;
 using KelXML_1_3::kCategoricalString;
 using KelXML_1_3::KelVarList;
 using KelXML_1_3::kRoleInput;
+using KelXML_1_3::VariableRole;
 
 constexpr int kStringStorage = 3;
 
@@ -19,23 +20,36 @@ bool IsWrittenAsText(const std::string& dataType) {
          dataType == "timeSeconds";
 }
 
-FieldKind KindOf(const IKelVariable& variable, const DataTypes& dataTypes) {
+FieldKind KindOf(const IKelVariable& variable, const DataFields& dataFields) {
   if (variable.GetMeasureLevel() == kCategoricalString || variable.GetStorageType() == kStringStorage)
     return FieldKind::kText;
-  const auto dataType = dataTypes.find(variable.GetName());
-  if (dataType != dataTypes.end() && IsWrittenAsText(dataType->second)) return FieldKind::kNumberOrText;
+  const auto declared = dataFields.find(variable.GetName());
+  if (declared != dataFields.end() && IsWrittenAsText(declared->second.dataType)) return FieldKind::kNumberOrText;
   // A fault in a field that nobody looks at is no reason to refuse a row.
-  return variable.GetVariableRole() == kRoleInput ? FieldKind::kNumber : FieldKind::kNumberOrText;
+  return RoleOf(variable, dataFields) == kRoleInput ? FieldKind::kNumber : FieldKind::kNumberOrText;
 }
 
 }  // namespace
 
-std::vector<ModelField> ModelFields(const KelVarList& variables, const DataTypes& dataTypes) {
+VariableRole RoleOf(const IKelVariable& variable, const DataFields& dataFields) {
+  const auto declared = dataFields.find(variable.GetName());
+  const std::string usage = declared == dataFields.end() ? "" : declared->second.usageType;
+  if (usage == "predicted" || usage == "target") return KelXML_1_3::kRoleTarget;
+  if (usage == "supplementary" || usage == "frequencyWeight" || usage == "analysisWeight") return KelXML_1_3::kRoleNone;
+  return variable.GetVariableRole();
+}
+
+bool ComesFromHost(const IKelVariable& variable, const DataFields& dataFields) {
+  return dataFields.empty() || dataFields.contains(variable.GetName());
+}
+
+std::vector<ModelField> ModelFields(const KelVarList& variables, const DataFields& dataFields) {
   std::vector<ModelField> fields;
   for (int i = 0; i < variables.Size(); ++i) {
     const IKelVariable& variable = *variables.GetVarAt(i);
-    if (!dataTypes.empty() && !dataTypes.contains(variable.GetName())) continue;
-    fields.push_back({variable.GetName(), KindOf(variable, dataTypes), variable.GetVariableRole() == kRoleInput});
+    if (!ComesFromHost(variable, dataFields)) continue;
+    const bool needed = RoleOf(variable, dataFields) == kRoleInput;
+    fields.push_back({variable.GetName(), KindOf(variable, dataFields), needed});
   }
   return fields;
 }

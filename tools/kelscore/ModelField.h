@@ -22,12 +22,26 @@ struct ModelField {
   bool needed;  ///< the model looks at it, so that a table without it is worth a word
 };
 
-/// Names of a document's data fields with their "dataType"; empty for a field that has none.
-using DataTypes = std::map<std::string, std::string, std::less<>>;
+/// What a document declares of a data field. A text is empty where the document has none.
+struct DataField {
+  std::string dataType;
+  std::string usageType;  ///< in the model's mining schema
+};
 
-/// The fields that a model with these variables reads from the host. Derived fields aren't among them: those that are
-/// no data field, where the document's data fields are known.
-[[nodiscard]] std::vector<ModelField> ModelFields(const KelXML_1_3::KelVarList& variables, const DataTypes& dataTypes);
+/// The data fields of a document by name.
+using DataFields = std::map<std::string, DataField, std::less<>>;
+
+/// What a variable is to a model. The variable list counts every field of a mining schema as an input that isn't
+/// "predicted"; later versions of PMML call that "target", and there are fields that no model looks at.
+[[nodiscard]] KelXML_1_3::VariableRole RoleOf(const KelXML_1_3::IKelVariable& variable, const DataFields& dataFields);
+
+/// Whether the host gives the variable, as far as the document's data fields are known: derived fields stand in
+/// variable lists, too.
+[[nodiscard]] bool ComesFromHost(const KelXML_1_3::IKelVariable& variable, const DataFields& dataFields);
+
+/// The fields that a model with these variables reads from the host.
+[[nodiscard]] std::vector<ModelField> ModelFields(const KelXML_1_3::KelVarList& variables,
+                                                  const DataFields& dataFields);
 
 /// The same for a model without variables: it gets every column of the table.
 [[nodiscard]] std::vector<ModelField> FieldsOfTable(const std::vector<std::string>& header);

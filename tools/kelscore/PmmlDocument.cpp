@@ -59,26 +59,33 @@ class FaultHandler : public xercesc::DefaultHandler {
   std::optional<std::string> fFault;
 };
 
-/// Collects the data fields up to the end of the dictionary.
-class DataTypesHandler : public FaultHandler {
+/// Collects the data fields up to the end of the first mining schema.
+class DataFieldsHandler : public FaultHandler {
  public:
-  void startElement(const XMLCh*, const XMLCh*, const XMLCh* name, const xercesc::Attributes& attributes) override {
-    if (kDataField.Is(name))
-      fTypes.emplace(ToUtf8(attributes.getValue(kName.Text())), ToUtf8(attributes.getValue(kDataType.Text())));
+  void startElement(const XMLCh*, const XMLCh*, const XMLCh* element, const xercesc::Attributes& attributes) override {
+    const auto valueOf = [&attributes](const WideName& name) { return ToUtf8(attributes.getValue(name.Text())); };
+    if (kDataField.Is(element)) {
+      fFields.emplace(valueOf(kName), DataField{valueOf(kDataType), ""});
+    } else if (kMiningField.Is(element)) {
+      const auto field = fFields.find(valueOf(kName));
+      if (field != fFields.end()) field->second.usageType = valueOf(kUsageType);
+    }
   }
-  void endElement(const XMLCh*, const XMLCh*, const XMLCh* name) override {
-    fAtEnd = fAtEnd || kDataDictionary.Is(name);
+  void endElement(const XMLCh*, const XMLCh*, const XMLCh* element) override {
+    fAtEnd = fAtEnd || kMiningSchema.Is(element);
   }
   [[nodiscard]] bool Done() const override { return fAtEnd || FaultHandler::Done(); }
-  [[nodiscard]] DataTypes& Types() { return fTypes; }
+  [[nodiscard]] DataFields& Fields() { return fFields; }
 
  private:
-  const WideName kDataDictionary{Const::kPmmlDataDictionary};
   const WideName kDataField{Const::kPmmlDataField};
-  const WideName kName{Const::kPmmlName};
   const WideName kDataType{Const::kPmmlDataType};
+  const WideName kMiningField{Const::kPmmlMiningField};
+  const WideName kMiningSchema{Const::kPmmlMiningSchema};
+  const WideName kName{Const::kPmmlName};
+  const WideName kUsageType{Const::kPmmlUsageType};
 
-  DataTypes fTypes;
+  DataFields fFields;
   bool fAtEnd = false;
 };
 
@@ -106,10 +113,10 @@ std::optional<std::string> Parse(std::istream& document, FaultHandler& handler) 
 
 }  // namespace
 
-DataTypes ReadDataTypes(std::istream& document) {
-  DataTypesHandler handler;
+DataFields ReadDataFields(std::istream& document) {
+  DataFieldsHandler handler;
   Parse(document, handler);
-  return std::move(handler.Types());
+  return std::move(handler.Fields());
 }
 
 std::optional<std::string> FindXmlFault(std::istream& document) {

@@ -11,9 +11,9 @@
 
 namespace kelscore {
 
-/// The data fields of the document's dictionary. Reads no further than that; a document that isn't well-formed gives
-/// what stands before its fault.
-[[nodiscard]] DataTypes ReadDataTypes(std::istream& document);
+/// The fields of the document's data dictionary, with their usage in the first mining schema. Reads no further than
+/// that; a document that isn't well-formed gives what stands before its fault.
+[[nodiscard]] DataFields ReadDataFields(std::istream& document);
 
 /// The first fault of a document that isn't well-formed: "line 17, column 5: ...". Reads the whole document.
 [[nodiscard]] std::optional<std::string> FindXmlFault(std::istream& document);

@@ -36,7 +36,7 @@ class ScoreRun {
         fLayout(AnnouncedOutputs(fModel), arguments.outputs),
         fOutput(CheckedOutput()) {
     TellMissingColumns();
-    fLayout.AddCategories(TargetCategories(fModel.Model()));
+    fLayout.AddCategories(fModel.TargetCategories());
   }
 
   ExitStatus Run() {

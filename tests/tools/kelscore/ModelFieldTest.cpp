@@ -25,8 +25,18 @@ TEST(ModelFields, Variables_BecomeWhatTheModelReads) {
   variables.AddContVar("note", "", KelXML_1_3::kRoleNone);
   variables.GetVariable("note")->SetStorageType(3);  // continuous text: odd, and allowed
   variables.AddContVar("derived", "", KelXML_1_3::kRoleInput);
-  const DataTypes dataTypes = {{"age", "double"},     {"code", "integer"},  {"region", "string"}, {"since", "date"},
-                               {"active", "boolean"}, {"amount", "double"}, {"note", "string"}};
+  // As PMML writes the role of a target from 4.2 on; the variable list takes it for an input.
+  variables.AddContVar("later target", "", KelXML_1_3::kRoleInput);
+  variables.AddContVar("comment", "", KelXML_1_3::kRoleInput);
+  const DataFields dataFields = {{"age", {"double", ""}},
+                                 {"code", {"integer", "active"}},
+                                 {"region", {"string", ""}},
+                                 {"since", {"date", ""}},
+                                 {"active", {"boolean", ""}},
+                                 {"amount", {"double", "predicted"}},
+                                 {"note", {"string", ""}},
+                                 {"later target", {"double", "target"}},
+                                 {"comment", {"double", "supplementary"}}};
 
   const Expected kExpected[] = {
       {"age", FieldKind::kNumber, true},
@@ -36,8 +46,10 @@ TEST(ModelFields, Variables_BecomeWhatTheModelReads) {
       {"active", FieldKind::kNumberOrText, true},   // and "true" here
       {"amount", FieldKind::kNumberOrText, false},  // the model predicts it, and may want it for a residual
       {"note", FieldKind::kText, false},
+      {"later target", FieldKind::kNumberOrText, false},
+      {"comment", FieldKind::kNumberOrText, false},
   };
-  const std::vector<ModelField> fields = ModelFields(variables, dataTypes);
+  const std::vector<ModelField> fields = ModelFields(variables, dataFields);
   ASSERT_EQ(fields.size(), std::size(kExpected));  // without the derived field
   for (std::size_t i = 0; i < fields.size(); ++i) {
     EXPECT_EQ(fields[i].name, kExpected[i].name);

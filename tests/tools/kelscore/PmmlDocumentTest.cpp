@@ -17,18 +17,24 @@ class PmmlDocumentTest : public testing::Test {
   void TearDown() override { xercesc::XMLPlatformUtils::Terminate(); }
 };
 
-TEST_F(PmmlDocumentTest, Dictionary_GivesDataTypes) {
+TEST_F(PmmlDocumentTest, DictionaryAndFirstMiningSchema_GiveDataFields) {
   std::istringstream document(
       "<PMML version='4.0'><DataDictionary><DataField name='\xC3\xA4ge' optype='continuous' dataType='double'/>"
       "<DataField name='plain' optype='categorical'/></DataDictionary>"
-      "<Other><DataField name='no field of the dictionary'/>& broken from here on");
-  EXPECT_EQ(ReadDataTypes(document), (DataTypes{{"\xC3\xA4ge", "double"}, {"plain", ""}}));
+      "<MiningModel><MiningSchema><MiningField name='plain' usageType='target'/><MiningField name='derived'/>"
+      "</MiningSchema><MiningSchema><MiningField name='plain' usageType='active'/> & broken from here on");
+  const DataFields fields = ReadDataFields(document);
+  ASSERT_EQ(fields.size(), 2U);
+  EXPECT_EQ(fields.at("\xC3\xA4ge").dataType, "double");
+  EXPECT_EQ(fields.at("\xC3\xA4ge").usageType, "");
+  EXPECT_EQ(fields.at("plain").dataType, "");
+  EXPECT_EQ(fields.at("plain").usageType, "target");
 }
 
-TEST_F(PmmlDocumentTest, NoDocument_GivesNoDataTypes) {
+TEST_F(PmmlDocumentTest, NoDocument_GivesNoDataFields) {
   for (const char* text : {"", "\x01\x02\x03", "<PMML>", "<a/>"}) {
     std::istringstream document(text);
-    EXPECT_TRUE(ReadDataTypes(document).empty()) << text;
+    EXPECT_TRUE(ReadDataFields(document).empty()) << text;
   }
 }
 
