@@ -66,11 +66,21 @@ void TreeModel::Evaluate(const Cell* frame, Prediction& prediction) const noexce
   bool surrogateUsed = false;
   const Test& root = fNodes[0].test;
   if (root.kind != TestKind::kAlways && fPredicates.Evaluate(root, frame, surrogateUsed) != Truth::kTrue) return;
+  const std::uint32_t node = FollowSplits(0, frame);
+  const Node& reached = fNodes[node];
+  if (reached.isInner) return Descend(node, frame, prediction);
+  if (fIsClassification || reached.result == kNoResult) return Conclude(node, 1.0, prediction);
+  prediction.entity = node;
+  prediction.outcome = Outcome::kValue;
+  prediction.number = fScores[reached.result];
+}
+
+// What the usual step doesn't serve: any predicate, any strategy.
+void TreeModel::Descend(std::uint32_t node, const Cell* frame, Prediction& prediction) const noexcept {
   double penalty = 1.0;
-  std::uint32_t node = FollowSplits(0, frame);
   while (fNodes[node].isInner) {
     std::uint32_t child = 0;
-    surrogateUsed = false;
+    bool surrogateUsed = false;
     const Found found = FindChild(node, frame, child, surrogateUsed);
     if (found == Found::kTrue) {
       if (surrogateUsed) penalty *= fPenalty;

@@ -75,6 +75,8 @@ class TreeModel final : public ModelBody {
   };
 
   [[nodiscard]] std::uint32_t FollowSplits(std::uint32_t node, const KelTransformNS::Cell* frame) const noexcept;
+  [[gnu::noinline]] void Descend(std::uint32_t node, const KelTransformNS::Cell* frame,
+                                 Prediction& prediction) const noexcept;
   Found FindChild(std::uint32_t node, const KelTransformNS::Cell* frame, std::uint32_t& child,
                   bool& surrogateUsed) const noexcept;
   void Conclude(std::uint32_t node, double penalty, Prediction& prediction) const noexcept;
