@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <numeric>
 #include <string>
+#include <unordered_set>
 
 namespace Torvane {
 namespace {
@@ -43,14 +44,12 @@ std::unique_ptr<RegressionModel> RegressionReader::Read() {
 }
 
 void RegressionReader::ReadTables() {
+  std::unordered_set<std::uint32_t> known;
   for (Element table = fElement.RequiredChild("RegressionTable"); table; table = table.Next("RegressionTable")) {
     fModel->fTables.emplace_back(table, fScope);
     if (!fModel->fIsClassification) continue;
     const std::uint32_t category = fTarget.AddCategory(table, "targetCategory", table.Required("targetCategory"));
-    const auto& known = fModel->fCategories;
-    if (std::find(known.begin(), known.end(), category) != known.end()) {
-      throw table.AttributeError("targetCategory", "has a table already");
-    }
+    if (!known.insert(category).second) throw table.AttributeError("targetCategory", "has a table already");
     fModel->fCategories.push_back(category);
   }
 }

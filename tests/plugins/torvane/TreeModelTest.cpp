@@ -389,7 +389,7 @@ INSTANTIATE_TEST_SUITE_P(
                     "lastPrediction, nullPrediction"},
         RefusalCase{"no_true_child", Tree(Leaf(R"(score="yes")", ""), R"(noTrueChildStrategy="x")"),
                     "returnNullPrediction, returnLastPrediction"},
-        RefusalCase{"penalty", Tree(Leaf(R"(score="yes")", ""), R"(missingValuePenalty="-1")"), "missingValuePenalty"},
+        RefusalCase{"penalty", Tree(Leaf(R"(score="yes")", ""), R"(missingValuePenalty="1.5")"), "missingValuePenalty"},
         RefusalCase{"record_count",
                     Tree(Leaf(R"(score="yes")", R"(<ScoreDistribution value="yes" recordCount="-2"/>)")),
                     "recordCount"},
