@@ -102,5 +102,9 @@ class ScoreParser final : public KelScoring_20::IKelScoreParser {
 
 /// The plug-in's one symbol. Null if there is no memory.
 extern "C" KEL_EXPORT KelScoring_20::IKelScoreParser* GetScoreParser() {
-  return new (std::nothrow) Torvane::ScoreParser;
+  try {
+    return new Torvane::ScoreParser;
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
 }
