@@ -114,15 +114,16 @@ void TreeModel::Descend(std::uint32_t node, const Cell* frame, Prediction& predi
 // something else must be looked at: at a leaf, another kind of predicate, or a missing value.
 std::uint32_t TreeModel::FollowSplits(std::uint32_t node, const Cell* frame) const noexcept {
   const Node* const nodes = fNodes.data();
-  while (nodes[node].isSplit) {
-    const Node& first = nodes[node + 1];
-    const Cell& cell = frame[first.test.slot];
+  const Node* at = nodes + node;
+  while (at->isSplit) {
+    const Node* const first = at + 1;
+    const Cell& cell = frame[first->test.slot];
     if (cell.state != Cell::kNumber) break;
-    const bool isBelow = cell.number <= first.test.number;
-    const bool firstTakesBelow = first.test.kind == TestKind::kLessOrEqual;
-    node = isBelow == firstTakesBelow ? node + 1 : first.nextSibling;
+    const bool isBelow = cell.number <= first->test.number;
+    const bool firstTakesBelow = first->test.kind == TestKind::kLessOrEqual;
+    at = isBelow == firstTakesBelow ? first : nodes + first->nextSibling;
   }
-  return node;
+  return static_cast<std::uint32_t>(at - nodes);
 }
 
 // The first child that is true, or the first that is unknown if that comes before; with the strategy "none" an unknown
