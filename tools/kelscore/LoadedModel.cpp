@@ -123,6 +123,7 @@ void LoadedModel::CreateFromStreams() {
   std::vector<std::stringstream> documents;
   for (const std::string& path : Paths()) documents.push_back(ReadDocument(path));
   std::vector<std::stringstream*> streams;
+  streams.reserve(documents.size());
   for (std::stringstream& document : documents) streams.push_back(&document);
   fFactory.CreateScoringModel(fSettings, streams);
 }
