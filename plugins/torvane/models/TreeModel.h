@@ -83,7 +83,7 @@ class TreeModel final : public ModelBody {
   void FillDistribution(std::uint32_t node, double penalty, Prediction& prediction) const noexcept;
   void AddDistribution(const Branch& branch, Prediction& prediction) const noexcept;
   template <typename Reach>
-  bool FollowUnknown(std::uint32_t node, double penalty, const KelTransformNS::Cell* frame, Reach&& reach) const;
+  void FollowUnknown(std::uint32_t node, double penalty, const KelTransformNS::Cell* frame, Reach&& reach) const;
   void MixConfidences(std::uint32_t node, double penalty, const KelTransformNS::Cell* frame,
                       Prediction& prediction) const noexcept;
   void AggregateNodes(std::uint32_t node, double penalty, const KelTransformNS::Cell* frame,

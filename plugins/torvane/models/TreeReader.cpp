@@ -160,7 +160,9 @@ void TreeReader::ReadDistribution(const Element& element) {
 void TreeReader::ReadRecordCount(const Element& element, bool isInner) {
   if (fTree->fMissingStrategy == Strategy::kWeightedConfidence) {
     const double count = element.RequiredNumber("recordCount");
-    if (!(count > 0.0 || (count == 0.0 && !isInner))) throw element.AttributeError("recordCount", "isn't above 0");
+    if (!std::isfinite(count) || count < 0.0 || (isInner && count == 0.0)) {
+      throw element.AttributeError("recordCount", "isn't a number above 0");
+    }
     fTree->fRecordCounts.push_back(count);
   }
   if (fTree->fMissingStrategy != Strategy::kAggregateNodes || isInner) return;
