@@ -245,6 +245,7 @@ Test PredicateCompiler::CompileSet(const Element& predicate) {
   TextSet texts;
   NumberSet numbers;
   const Element array = predicate.RequiredChild("Array");
+  if (array.Next("Array")) throw array.Next("Array").Error("is a second array of its predicate");
   for (const std::string& text : KelXML_1_3::ReadStringArray(array, KelXML_1_3::ArrayCount::kIgnored)) {
     const Cell literal = ReadComparand(predicate, "value", text, field.dataType, fScope.Pool());
     literal.state == Cell::kText ? texts.Add(literal.textId) : numbers.Add(literal.number);

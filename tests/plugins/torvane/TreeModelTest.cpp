@@ -451,6 +451,11 @@ INSTANTIATE_TEST_SUITE_P(
             Tree(Splitting(
                 R"(<SimpleSetPredicate field="s" booleanOperator="in"><Array type="string">a</Array></SimpleSetPredicate>)")),
             "isIn, isNotIn"},
+        RefusalCase{
+            "set_of_two_arrays",
+            Tree(Splitting(
+                R"(<SimpleSetPredicate field="s" booleanOperator="isIn"><Array type="string">a</Array><Array type="string">b</Array></SimpleSetPredicate>)")),
+            "second array"},
         RefusalCase{"empty_compound", Tree(Splitting(R"(<CompoundPredicate booleanOperator="and"/>)")),
                     "holds no predicate"},
         RefusalCase{"compound_operator",
