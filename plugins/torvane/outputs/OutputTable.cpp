@@ -234,6 +234,7 @@ void OutputTable::Place(Output output, const Element& element) {
   Output& vocabulary = fOutputs[known->second];
   if (vocabulary.isDeclared) throw element.AttributeError("name", "stands there twice");
   if (output.key.Name() == Const::kOutputPrediction || output.key.Name() == Const::kOutputProbability) {
+    vocabulary.isDeclared = true;
     fHidden.push_back(std::move(output));
   } else {
     vocabulary = std::move(output);
