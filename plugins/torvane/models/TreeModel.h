@@ -35,7 +35,7 @@ class TreeModel final : public ModelBody {
  public:
   static std::unique_ptr<ModelBody> Build(const Element& model, FieldScope& scope, Target& target);
 
-  void Evaluate(const KelTransformNS::Cell* frame, Prediction& prediction) const noexcept override;
+  void Evaluate(const KelTransformNS::Cell* frame, Prediction& prediction) const override;
   [[nodiscard]] bool GivesConfidences() const noexcept override { return fIsClassification; }
   [[nodiscard]] std::uint32_t EntityCount() const noexcept override {
     return static_cast<std::uint32_t>(fNodes.size());
@@ -75,19 +75,18 @@ class TreeModel final : public ModelBody {
   };
 
   [[nodiscard]] std::uint32_t FollowSplits(std::uint32_t node, const KelTransformNS::Cell* frame) const noexcept;
-  [[gnu::noinline]] void Descend(std::uint32_t node, const KelTransformNS::Cell* frame,
-                                 Prediction& prediction) const noexcept;
+  [[gnu::noinline]] void Descend(std::uint32_t node, const KelTransformNS::Cell* frame, Prediction& prediction) const;
   Found FindChild(std::uint32_t node, const KelTransformNS::Cell* frame, std::uint32_t& child,
-                  bool& surrogateUsed) const noexcept;
+                  bool& surrogateUsed) const;
   void Conclude(std::uint32_t node, double penalty, Prediction& prediction) const noexcept;
   void FillDistribution(std::uint32_t node, double penalty, Prediction& prediction) const noexcept;
   void AddDistribution(const Branch& branch, Prediction& prediction) const noexcept;
   template <typename Reach>
   void FollowUnknown(std::uint32_t node, double penalty, const KelTransformNS::Cell* frame, Reach&& reach) const;
   void MixConfidences(std::uint32_t node, double penalty, const KelTransformNS::Cell* frame,
-                      Prediction& prediction) const noexcept;
+                      Prediction& prediction) const;
   void AggregateNodes(std::uint32_t node, double penalty, const KelTransformNS::Cell* frame,
-                      Prediction& prediction) const noexcept;
+                      Prediction& prediction) const;
   [[nodiscard]] std::uint32_t BestCategory(const double* figures) const noexcept;
 
   PredicateTable fPredicates;

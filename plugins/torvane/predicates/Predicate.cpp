@@ -39,8 +39,7 @@ Truth PredicateTable::EvaluateRank(const Test& test, const Cell& cell) const noe
   return Known((*rank < test.number) == (test.kind == TestKind::kRankBelow));
 }
 
-Truth PredicateTable::EvaluateCompound(const Compound& compound, const Cell* frame,
-                                       bool& surrogateUsed) const noexcept {
+Truth PredicateTable::EvaluateCompound(const Compound& compound, const Cell* frame, bool& surrogateUsed) const {
   constexpr std::size_t kUsualDepth = 32;
   if (compound.depth <= kUsualDepth) {
     std::array<Level, kUsualDepth> levels;
@@ -52,8 +51,7 @@ Truth PredicateTable::EvaluateCompound(const Compound& compound, const Cell* fra
 }
 
 // The values of the open compounds stand in `levels`. A compound whose value can't change any more is left at once.
-Truth PredicateTable::RunSteps(const Compound& compound, const Cell* frame, Level* levels,
-                               bool& surrogateUsed) const noexcept {
+Truth PredicateTable::RunSteps(const Compound& compound, const Cell* frame, Level* levels, bool& surrogateUsed) const {
   Level* top = levels - 1;
   for (std::uint32_t at = compound.firstStep; at < compound.endStep; ++at) {
     const Step& step = fSteps[at];
