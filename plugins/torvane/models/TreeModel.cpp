@@ -40,7 +40,7 @@ void NodeIds::Assign(const std::vector<std::optional<std::string_view>>& ids) {
     if (!number) break;
     fNumbers.push_back(*number);
   }
-  if (fNumbers.size() == ids.size()) return;
+  if (fNumbers.size() == ids.size()) return DropConsecutive();
   fNumbers = {};
   for (std::size_t i = 0; i < ids.size(); ++i) {
     fTexts += ids[i] ? std::string(*ids[i]) : std::to_string(i + 1);
@@ -50,8 +50,17 @@ void NodeIds::Assign(const std::vector<std::optional<std::string_view>>& ids) {
   fEnds.shrink_to_fit();
 }
 
+void NodeIds::DropConsecutive() {
+  fFirst = fNumbers.empty() ? 0 : fNumbers[0];
+  for (std::uint32_t node = 0; node < fNumbers.size(); ++node) {
+    if (fNumbers[node] != fFirst + node) return;
+  }
+  fNumbers = {};
+}
+
 void NodeIds::Write(std::uint32_t node, Value& value) const {
   if (!fNumbers.empty()) return WriteNumber(fNumbers[node], value);
+  if (fEnds.empty()) return WriteNumber(fFirst + node, value);
   const std::uint32_t begin = node == 0 ? 0 : fEnds[node - 1];
   thread_local std::string text;  // keeps its buffer, as the value does
   text.assign(fTexts, begin, fEnds[node] - begin);

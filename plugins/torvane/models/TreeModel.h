@@ -12,7 +12,8 @@
 
 namespace Torvane {
 
-/// The identifiers of a tree's nodes. Almost all trees number their nodes, and numbers take four bytes.
+/// The identifiers of a tree's nodes. Almost all trees number their nodes; numbers take four bytes, and none at all if
+/// they count the nodes.
 class NodeIds {
  public:
   /// `ids` in the order of the nodes; one that is absent becomes the node's position from 1.
@@ -20,6 +21,9 @@ class NodeIds {
   void Write(std::uint32_t node, KelCommon_1_3::Value& value) const;
 
  private:
+  void DropConsecutive();
+
+  std::uint32_t fFirst = 0;  // the number of the root if those of the others follow, and nothing else is stored
   std::vector<std::uint32_t> fNumbers;
   std::vector<std::uint32_t> fEnds;  // of each text in fTexts, if not all ids are numbers
   std::string fTexts;
