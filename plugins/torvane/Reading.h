@@ -2,7 +2,9 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <initializer_list>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,6 +17,10 @@ namespace Torvane {
 
 using KelXML_1_3::Element;
 using KelXML_1_3::PmmlError;
+
+/// A map from names of the document, which nobody can choose so that they are slow to find.
+template <typename T>
+using NameMap = std::map<std::string, T, std::less<>>;
 
 /// What every reader of model elements shares: words of enumerated attributes, unknown content, literals.
 

@@ -11,7 +11,7 @@ using KelTransformNS::ResolvedField;
 
 namespace {
 
-void CollectDerivedFields(const Element& dictionary, std::unordered_map<std::string, Element>& byName) {
+void CollectDerivedFields(const Element& dictionary, NameMap<Element>& byName) {
   for (Element field = dictionary.Child("DerivedField"); field; field = field.Next("DerivedField")) {
     if (const auto name = field.Attribute("name")) byName.emplace(*name, field);
   }
@@ -25,9 +25,10 @@ std::vector<std::string> ValuesInOrder(const FieldDeclaration& declaration) {
   return values;
 }
 
+// "asIs" changes nothing here: a derived field lists no valid values, and what can't be converted stays invalid.
 bool HasTreatment(const MiningField& field) {
   return field.outliers != OutlierTreatment::kAsIs || field.missingReplacement || field.missingReturnsInvalid ||
-         field.invalidReplacement;
+         field.invalidReplacement || field.invalidTreatment == InvalidTreatment::kAsMissing;
 }
 
 }  // namespace
@@ -51,20 +52,21 @@ FieldScope::FieldScope(const Document& document, const Element& model)
 void FieldScope::DeclareDerivedFields(const Element& model) {
   const Element dictionary = fDocument.root.Child("TransformationDictionary");
   fCompiler.DeclareDerivedFields(dictionary);
-  std::unordered_map<std::string, Element> declared;
+  NameMap<Element> declared;
   CollectDerivedFields(dictionary, declared);
+  std::vector<std::string> inRecord;
   for (const auto& [name, element] : declared) {
     if (!fDocument.readsAllDerivedFields && fSchema.derivedInRecord.count(name) == 0) continue;
-    fDerivedInRecord.emplace(name, element);
+    inRecord.push_back(name);
     fCompiler.Withdraw(name);
   }
-  if (!fDerivedInRecord.empty()) CheckTransformation(dictionary);
+  if (!inRecord.empty()) AddDerivedInRecord(inRecord, dictionary);
   fCompiler.DeclareDerivedFields(model.Child("LocalTransformations"));
 }
 
 // The library computes a dictionary as a whole or not at all, and says nothing then. So if a field is to come from it,
-// every derived field must be one that can be compiled.
-void FieldScope::CheckTransformation(const Element& dictionary) const {
+// every derived field must be one that can be compiled, and none may have the name of a data field.
+void FieldScope::AddDerivedInRecord(const std::vector<std::string>& names, const Element& dictionary) {
   std::optional<KelTransformNS::ExpressionCompiler> compiler;
   const auto findInput = [&](std::string_view name) -> std::optional<ResolvedField> {
     const FieldDeclaration* field = fDocument.dictionary.Find(name);
@@ -73,12 +75,19 @@ void FieldScope::CheckTransformation(const Element& dictionary) const {
   };
   compiler.emplace(fDocument.pool, findInput);
   compiler->DeclareDerivedFields(dictionary);
-  for (const std::string& name : compiler->DerivedFieldNames()) (void)compiler->Resolve(name, dictionary);
+  for (Element field = dictionary.Child("DerivedField"); field; field = field.Next("DerivedField")) {
+    const std::string_view name = field.Required("name");
+    if (fDocument.dictionary.Find(name) != nullptr) {
+      throw field.AttributeError("name", "is the name of a data field as well");
+    }
+    (void)compiler->Resolve(name, field);
+  }
+  for (const std::string& name : names) fDerivedInRecord.emplace(name, compiler->Resolve(name, dictionary));
 }
 
 // A listed field must be declared. One that is a derived field needs no listing; listed, it is computed all the same.
 void FieldScope::CheckSchema() {
-  std::unordered_map<std::string, Element> derived;
+  NameMap<Element> derived;
   CollectDerivedFields(fDocument.root.Child("TransformationDictionary"), derived);
   for (const MiningField& field : fSchema.fields) {
     if (fDocument.dictionary.Find(field.name) != nullptr) continue;
@@ -90,11 +99,10 @@ void FieldScope::CheckSchema() {
 }
 
 const Field& FieldScope::Resolve(std::string_view name, const Element& referrer) {
-  std::string key(name);
-  const auto known = fResolved.find(key);
+  const auto known = fResolved.find(name);
   if (known != fResolved.end()) return known->second;
   Field field = ResolveNew(name, referrer);
-  return fResolved.emplace(std::move(key), std::move(field)).first->second;
+  return fResolved.emplace(name, std::move(field)).first->second;
 }
 
 Field FieldScope::ResolveNew(std::string_view name, const Element& referrer) {
@@ -114,7 +122,7 @@ std::optional<ResolvedField> FieldScope::FindInput(std::string_view name) {
   if (const std::optional<ResolvedField> derived = AddDerivedInput(name)) return derived;
   const MiningField* field = fSchema.Find(name);
   if (field != nullptr && fDocument.dictionary.Find(name) != nullptr) return AddInput(*field);
-  const auto output = fOutputs.find(std::string(name));
+  const auto output = fOutputs.find(name);
   if (output != fOutputs.end()) return output->second;
   return std::nullopt;
 }
@@ -130,22 +138,14 @@ ResolvedField FieldScope::AddInput(const MiningField& field) {
 }
 
 std::optional<ResolvedField> FieldScope::AddDerivedInput(std::string_view name) {
-  const auto found = fDerivedInRecord.find(std::string(name));
+  const auto found = fDerivedInRecord.find(name);
   if (found == fDerivedInRecord.end()) return std::nullopt;
-  const Element& element = found->second;
-  DataType dataType;
-  OpType opType;
-  if (!KelTransformNS::ParseDataType(element.Required("dataType"), dataType)) {
-    throw element.AttributeError("dataType", "is no data type");
-  }
-  if (!KelTransformNS::ParseOpType(element.Required("optype"), opType)) {
-    ThrowUnknownWord(element, "optype", "categorical, ordinal, continuous");
-  }
-  const std::uint32_t slot = fCompiler.NewSlot();
-  fInputs.emplace_back(found->first, FieldTreatment(dataType), slot);
+  ResolvedField field = found->second;
+  field.slot = fCompiler.NewSlot();
+  fInputs.emplace_back(field.name, FieldTreatment(field.dataType), field.slot);
   fInputs.back().mustBeInRecord = true;
-  fInputsBySlot.emplace(slot, nullptr);
-  return ResolvedField{found->first, dataType, opType, slot};
+  fInputsBySlot.emplace(field.slot, nullptr);
+  return field;
 }
 
 // An invalid value of an active field makes the result invalid even if nothing refers to the field.

@@ -2,10 +2,10 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "components/keltransform/DataDictionary.h"
@@ -91,17 +91,17 @@ class FieldScope {
   KelTransformNS::ResolvedField AddInput(const MiningField& field);
   std::optional<KelTransformNS::ResolvedField> AddDerivedInput(std::string_view name);
   void DeclareDerivedFields(const Element& model);
-  void CheckTransformation(const Element& dictionary) const;
+  void AddDerivedInRecord(const std::vector<std::string>& names, const Element& dictionary);
   void CheckSchema();
 
   const Document& fDocument;
   MiningSchema fSchema;
   KelTransformNS::ExpressionCompiler fCompiler;
-  std::unordered_map<std::string, Element> fDerivedInRecord;  // name -> its "DerivedField"
-  std::unordered_map<std::string, KelTransformNS::ResolvedField> fOutputs;
-  std::unordered_map<std::string, Field> fResolved;
+  NameMap<KelTransformNS::ResolvedField> fDerivedInRecord;  // without slots of this scope
+  NameMap<KelTransformNS::ResolvedField> fOutputs;
+  NameMap<Field> fResolved;
   std::vector<InputField> fInputs;
-  std::unordered_set<std::string> fInputNames;
+  std::set<std::string, std::less<>> fInputNames;
   std::unordered_map<std::uint32_t, const KelTransformNS::FieldDeclaration*> fInputsBySlot;
   std::vector<std::uint32_t> fDerivedSlots;
 };

@@ -1,5 +1,8 @@
 #include "plugins/torvane/fields/MiningSchema.h"
 
+#include <cmath>
+#include <limits>
+
 #include "scoring/common/KelScoringConst.h"
 
 namespace Torvane {
@@ -45,6 +48,13 @@ std::optional<KelTransformNS::OpType> ReadOpType(const Element& element) {
   return opType;
 }
 
+// An infinite limit is none, but only on its own side.
+std::optional<double> ReadLimit(const Element& element, std::string_view attribute, double none) {
+  const std::optional<double> limit = element.Number(attribute);
+  if (limit && !std::isfinite(*limit) && *limit != none) throw element.AttributeError(attribute, "limits no number");
+  return limit;
+}
+
 void CheckOutliers(const MiningField& field) {
   if (field.outliers == OutlierTreatment::kAsIs) return;
   if (!field.lowValue && !field.highValue) {
@@ -75,8 +85,8 @@ MiningField ReadMiningField(const Element& element) {
   field.usage = ReadWord(element, "usageType", kUsages, FieldUsage::kActive);
   field.opType = ReadOpType(element);
   field.outliers = ReadWord(element, "outliers", kOutliers, OutlierTreatment::kAsIs);
-  field.lowValue = element.Number("lowValue");
-  field.highValue = element.Number("highValue");
+  field.lowValue = ReadLimit(element, "lowValue", -std::numeric_limits<double>::infinity());
+  field.highValue = ReadLimit(element, "highValue", std::numeric_limits<double>::infinity());
   ReadInvalidTreatment(element, field);
   field.missingReplacement = Text(element.Attribute("missingValueReplacement"));
   field.missingReturnsInvalid = ReadWord(element, "missingValueTreatment", kMissings, false);
@@ -85,17 +95,18 @@ MiningField ReadMiningField(const Element& element) {
   return field;
 }
 
+// A predicted field there is a target that the library lists, not one that it computes.
 void ReadDerivedFieldNames(const Element& extension, MiningSchema& schema) {
   if (extension.Attribute("extender") != Const::ExtenderId || extension.Attribute("name") != "DerivedFields") return;
   for (Element field = extension.Child("MiningField"); field; field = field.Next("MiningField")) {
-    schema.derivedInRecord.emplace(field.Required("name"));
+    if (field.Attribute("usageType") != "predicted") schema.derivedInRecord.emplace(field.Required("name"));
   }
 }
 
 }  // namespace
 
 const MiningField* MiningSchema::Find(std::string_view name) const {
-  const auto found = positions.find(std::string(name));
+  const auto found = positions.find(name);
   return found == positions.end() ? nullptr : &fields[found->second];
 }
 

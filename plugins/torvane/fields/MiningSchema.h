@@ -5,7 +5,6 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "components/keltransform/Cell.h"
@@ -41,7 +40,7 @@ struct MiningSchema {
   /// Null if the schema doesn't list the name.
   [[nodiscard]] const MiningField* Find(std::string_view name) const;
 
-  std::unordered_map<std::string, std::size_t> positions;  // of the names in `fields`
+  NameMap<std::size_t> positions;  // of the names in `fields`
 };
 
 /// Throws for a duplicate field, an unknown word, a treatment that lacks its value.

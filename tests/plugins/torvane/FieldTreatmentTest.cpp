@@ -99,6 +99,19 @@ TEST(TextField, UnlistedCategory_IsInvalidUnlessTheSchemaSaysOtherwise) {
   EXPECT_EQ(predict("", 1.0), "null");  // a number reads as the text "1", which isn't listed
 }
 
+// A mark needn't be a value of the field's type, whether a record gives it as a number or as a text.
+TEST(BooleanField, MarkThatIsNoBoolean_IsMissing) {
+  Document document = Identity("b");
+  document.dictionary = R"(<DataField name="b" optype="categorical" dataType="boolean"><Value value="999"
+      property="missing"/></DataField><DataField name="t" optype="continuous" dataType="double"/>)";
+  document.schema = R"(<MiningField name="b" missingValueReplacement="true"/>)";
+  const Scorer scorer = Load(document);
+  EXPECT_EQ(scorer.Predict({{"b", 999.0}}).GetReal(), 1.0);
+  EXPECT_EQ(scorer.Predict({{"b", "999"}}).GetReal(), 1.0);
+  EXPECT_EQ(scorer.Predict({{"b", 0.0}}).GetReal(), 0.0);
+  EXPECT_TRUE(scorer.Predict({{"b", 998.0}}).IsNull());
+}
+
 TEST(IntegerField, FractionIsInvalid) {
   const Scorer scorer = Load(Identity("n"));
   EXPECT_EQ(scorer.Predict({{"n", 3.0}}).GetReal(), 3.0);
@@ -159,6 +172,46 @@ TEST(DerivedField, OfTheExtension_IsReadFromTheRecord) {
   EXPECT_TRUE(scorer.Predict({{"x", 0.5}, {"d", kNull}}).IsNull());
 }
 
+TEST(DerivedField, TargetInTheExtension_IsComputed) {
+  const Scorer scorer = Load(Derived(R"(<Extension extender="kelscoring" name="DerivedFields">
+      <MiningField name="d" usageType="predicted"/></Extension>)"));
+  EXPECT_EQ(scorer.Predict({{"x", 0.5}, {"d", 77.0}}).GetReal(), 5.0);
+}
+
+// Its order is that of its values, and its types are as leniently read as those of a field that is computed here.
+TEST(DerivedField, ReadFromTheRecord_KeepsItsOrderAndImpliedTypes) {
+  Document document{.body = R"(<Node><True/><Node score="yes"><SimplePredicate field="d" operator="lessThan" value="1"/>
+      </Node><Node score="no"><True/></Node></Node>)"};
+  document.transformations = R"(<TransformationDictionary>
+      <DerivedField name="d" optype="ordinal" datatype="integer"><FieldRef field="x"/><Value value="3"/>
+      <Value value="1"/><Value value="2"/></DerivedField>
+      <DerivedField name="e" datatype="double"><FieldRef field="x"/></DerivedField></TransformationDictionary>)";
+  EXPECT_EQ(Load(document, true).Predict({{"d", 3.0}, {"e", 0.0}}).GetString(), "yes");
+  EXPECT_EQ(Load(document, true).Predict({{"d", 2.0}, {"e", 0.0}}).GetString(), "no");
+  document.body = R"(<Node><True/><Node score="yes"><SimplePredicate field="e" operator="lessThan" value="1"/>
+      </Node><Node score="no"><True/></Node></Node>)";
+  EXPECT_EQ(Load(document, true).Predict({{"d", 3.0}, {"e", 0.0}}).GetString(), "yes");
+}
+
+// The library computes nothing then, and the record's column would be taken for the derived field.
+TEST(DerivedField, WithTheNameOfADataField_IsRefusedIfTheLibraryIsToComputeIt) {
+  Document document = Derived();
+  document.transformations.replace(document.transformations.find("\"d\""), 3, "\"f\"");
+  document.body = Identity("f").body;
+  const Scorer scorer = TryLoad(document.Text(), true);
+  EXPECT_EQ(scorer.scorer, nullptr);
+  EXPECT_NE(scorer.reason.find("data field as well"), std::string::npos) << scorer.reason;
+}
+
+TEST(DerivedField, ListedWithATreatment_IsRefused) {
+  EXPECT_EQ(Load(Derived(R"(<MiningField name="d" invalidValueTreatment="asIs"/>)")).Predict({{"x", 0.5}}).GetReal(),
+            5);
+  for (const char* treatment : {R"(invalidValueTreatment="asMissing")", R"(missingValueReplacement="1")"}) {
+    const Document document = Derived("<MiningField name=\"d\" " + std::string(treatment) + "/>");
+    EXPECT_NE(ReasonOf(document).find("can't be treated"), std::string::npos) << ReasonOf(document);
+  }
+}
+
 TEST(DerivedField, OfAForeignExtension_IsComputed) {
   const Scorer scorer =
       Load(Derived(R"(<Extension extender="someone" name="DerivedFields"><MiningField name="d"/></Extension>)"));
@@ -172,7 +225,9 @@ TEST(DerivedField, WhenTheLibraryComputesAll_IsReadFromTheRecord) {
 TEST(DerivedField, RecordLacksOneThatTheLibraryComputes_IsAnError) {
   const Scorer scorer = Load(Derived(), true);
   ValueRecord out = Record({{"prediction", kNull}});
-  EXPECT_TRUE(scorer.scorer->Score(Record({{"x", 0.5}}), out).IsError());
+  const auto status = scorer.scorer->Score(Record({{"x", 0.5}}), out);
+  EXPECT_TRUE(status.IsError());
+  EXPECT_NE(std::string(status.GetMessage(status.GetErrorCode())).find("derived field"), std::string::npos);
 }
 
 TEST(DerivedField, LocalOne_MayUseThoseOfTheDictionaryAndHidesThem) {
@@ -229,6 +284,10 @@ INSTANTIATE_TEST_SUITE_P(
                     "numbers only"},
         RefusalCase{"limits", R"(<MiningField name="x" outliers="asExtremeValues" lowValue="2" highValue="1"/>)",
                     "above highValue"},
+        RefusalCase{"limit_nan", R"(<MiningField name="x" outliers="asExtremeValues" lowValue="NaN"/>)",
+                    "limits no number"},
+        RefusalCase{"limit_above_all", R"(<MiningField name="x" outliers="asExtremeValues" lowValue="INF"/>)",
+                    "limits no number"},
         RefusalCase{"invalid_treatment", R"(<MiningField name="x" invalidValueTreatment="skip"/>)",
                     "returnInvalid, asIs"},
         RefusalCase{"invalid_value", R"(<MiningField name="x" invalidValueTreatment="asValue"/>)",
