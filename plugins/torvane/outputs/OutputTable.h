@@ -4,7 +4,6 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -102,7 +101,7 @@ class OutputTable {
   std::map<std::pair<bool, KelTransformNS::DataType>, std::vector<KelTransformNS::Cell>> fShown;
   std::vector<Output> fOutputs;
   std::vector<Output> fHidden;  // fields of the document whose names the vocabulary keeps; expressions still see them
-  std::unordered_map<std::string, std::size_t> fByName;
+  NameMap<std::size_t> fByName;
   bool fHasExpressions = false;
   bool fHasDistributions = false;
   std::uint32_t fTargetSlot = Prediction::kNone;  // of the true target value, for residuals

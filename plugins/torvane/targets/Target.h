@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -75,7 +76,7 @@ class Target {
   KelTransformNS::OpType fOpType;
   std::vector<Category> fCategories;
   std::unordered_map<std::uint32_t, std::uint32_t> fByText;
-  std::unordered_map<double, std::uint32_t> fByNumber;
+  std::map<double, std::uint32_t> fByNumber;
   bool fHasPriors = false;
 
   bool fAdjusts = false;
