@@ -122,7 +122,7 @@ TEST(BadModel, HarmlessOddity_IsScored) {
       {"an external entity that nobody opens",
        Replaced(Churn(), "<PMML ", "<!DOCTYPE PMML SYSTEM \"/nonexistent/pmml.dtd\">\n<PMML ")},
       {"an attribute of 50 MB",
-       Replaced(Churn(), "algorithmName=\"drawn by hand\"", "algorithmName=\"" + std::string(50'000'000, 'x') + "\"")},
+       Replaced(Churn(), "algorithmName=\"drawn by hand\"", "algorithmName=\"" + Repeated("x", 50'000'000) + "\"")},
       {"a byte order mark and comments", "\xEF\xBB\xBF" + Churn() + "<!-- the end -->\n"},
   };
   const TestFolder folder;
