@@ -56,23 +56,24 @@ int Compare(const KelSettings& left, const KelSettings& right) {
 
 }  // namespace
 
-KelNestedSettings::KelNestedSettings(KelSettings settings) : fSettings(std::move(settings)) {}
+KelNestedSettings::KelNestedSettings(KelSettings settings)
+    : fSettings(std::make_shared<const KelSettings>(std::move(settings))) {}
 
 KelNestedSettings::~KelNestedSettings() = default;
 
-IKelSettingValue* KelNestedSettings::Clone() const { return new KelNestedSettings(fSettings); }
+IKelSettingValue* KelNestedSettings::Clone() const { return new KelNestedSettings(*this); }
 
 bool KelNestedSettings::operator==(const IKelSettingValue& other) const {
   const auto* const nested = dynamic_cast<const KelNestedSettings*>(&other);
-  return nested != nullptr && Compare(fSettings, nested->fSettings) == 0;
+  return nested != nullptr && Compare(*fSettings, *nested->fSettings) == 0;
 }
 
 bool KelNestedSettings::operator<(const IKelSettingValue& other) const {
   const auto* const nested = dynamic_cast<const KelNestedSettings*>(&other);
-  return nested != nullptr && Compare(fSettings, nested->fSettings) < 0;
+  return nested != nullptr && Compare(*fSettings, *nested->fSettings) < 0;
 }
 
-std::uint64_t KelNestedSettings::ToSize() const { return NamesOf(fSettings).size(); }
+std::uint64_t KelNestedSettings::ToSize() const { return NamesOf(*fSettings).size(); }
 
 double KelNestedSettings::ToDouble() const { return KelCommon_1_3::KelMV::gMissingValue; }
 

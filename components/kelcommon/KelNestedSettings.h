@@ -1,17 +1,21 @@
 #pragma once
 
+#include <memory>
+
 #include "scoring/common/IKelSettingValue.h"
 #include "scoring/common/KelSettings.h"
 
 namespace KelXML_1_3 {
 
-/// A setting's value that is settings itself. It owns a copy.
+/// A setting's value that is settings itself: a copy that never changes, which the copies of this value share. So the
+/// members of a large composite, each with its own copy of the host's settings, don't each copy the description of all
+/// members.
 class KelNestedSettings : public IKelSettingValue {
  public:
   explicit KelNestedSettings(KelSettings settings);
   ~KelNestedSettings() override;
 
-  [[nodiscard]] const KelSettings& GetSettings() const noexcept { return fSettings; }
+  [[nodiscard]] const KelSettings& GetSettings() const noexcept { return *fSettings; }
 
   [[nodiscard]] IKelSettingValue* Clone() const override;
   /// Both comparisons go through the distinct names in order, and through the settings of each name in order: by text
@@ -31,7 +35,7 @@ class KelNestedSettings : public IKelSettingValue {
   void Display() const override;
 
  private:
-  KelSettings fSettings;
+  std::shared_ptr<const KelSettings> fSettings;
 };
 
 }  // namespace KelXML_1_3

@@ -109,8 +109,15 @@ bool KelSettings::AddSetting(const std::string& name, const KelSettings& value, 
 bool KelSettings::Insert(std::unique_ptr<KelSetting> setting, bool replace) {
   std::vector<std::size_t>& positions = fPositions[setting->GetName()];
   if (positions.empty() || !replace) {
-    positions.push_back(fSettings.size());
-    fSettings.push_back(std::move(setting));
+    const std::size_t position = fSettings.size();
+    fSettings.push_back(nullptr);  // what can fail comes first, so that list and index stay in step
+    try {
+      positions.push_back(position);
+    } catch (...) {
+      fSettings.pop_back();
+      throw;
+    }
+    fSettings.back() = std::move(setting);
     return true;
   }
   const bool hadSeveral = positions.size() > 1;

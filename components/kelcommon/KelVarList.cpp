@@ -93,9 +93,18 @@ int KelVarList::AddContVar(const std::string& name, const std::string& label, do
 int KelVarList::Append(std::unique_ptr<IKelVariable> variable) {
   if (variable->GetName().empty()) return kNoIndex;
   const int index = Size();
-  if (!fIndexByName.emplace(variable->GetName(), index).second) return kNoIndex;
-  fVariables.push_back(std::move(variable));
-  return index;
+  fVariables.push_back(nullptr);  // what can fail comes first, so that list and index stay in step
+  try {
+    if (fIndexByName.emplace(variable->GetName(), index).second) {
+      fVariables.back() = std::move(variable);
+      return index;
+    }
+  } catch (...) {
+    fVariables.pop_back();
+    throw;
+  }
+  fVariables.pop_back();
+  return kNoIndex;
 }
 
 IKelVariable* KelVarList::GetVarAt(int index) {

@@ -1,7 +1,6 @@
 #include "components/kelcommon/NumberText.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -32,7 +31,7 @@ long Exponent(std::string_view digits) {
   if (digits.starts_with('+')) digits.remove_prefix(1);
   long exponent = 0;
   const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), exponent);
-  if (result.ec == std::errc()) return exponent;
+  if (result.ec == std::errc()) return std::clamp(exponent, -kBeyond, kBeyond);
   return digits.starts_with('-') ? -kBeyond : kBeyond;
 }
 
@@ -65,11 +64,17 @@ bool BeginsNumber(std::string_view text) {
 }  // namespace
 
 std::string NumberToText(double number) {
-  std::array<char, 32> buffer;
-  char* const end = buffer.data() + buffer.size();
-  const auto result = IsPlain(number) ? std::to_chars(buffer.data(), end, number, std::chars_format::fixed)
-                                      : std::to_chars(buffer.data(), end, number);
-  return {buffer.data(), result.ptr};
+  NumberBuffer buffer;
+  return std::string(NumberToText(number, buffer));
+}
+
+std::string_view NumberToText(double number, NumberBuffer& buffer) noexcept {
+  char* const begin = buffer.data();
+  char* const end = begin + buffer.size() - 1;
+  const auto result =
+      IsPlain(number) ? std::to_chars(begin, end, number, std::chars_format::fixed) : std::to_chars(begin, end, number);
+  *result.ptr = '\0';
+  return {begin, static_cast<std::size_t>(result.ptr - begin)};
 }
 
 std::optional<double> TextToNumber(std::string_view text) {

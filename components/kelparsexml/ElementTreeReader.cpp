@@ -1,6 +1,7 @@
 // Making an element tree from a stream, in one SAX2 pass.
 
 #include <memory>
+#include <utility>
 #include <xercesc/sax/Locator.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/sax2/Attributes.hpp>
@@ -39,13 +40,28 @@ class TreeHandler : public xercesc::DefaultHandler {
     for (XMLSize_t i = 0; i < count; ++i) fBuilder.AddAttribute(attributes.getQName(i), attributes.getValue(i));
   }
 
-  void characters(const XMLCh* text, XMLSize_t size) override { fBuilder.AddText(text, size); }
+  // The parser hands long text over in pieces and may cut a pair of surrogates in two. The first half waits for the
+  // piece with the second one.
+  void characters(const XMLCh* text, XMLSize_t size) override {
+    if (size == 0) return;
+    if (const XMLCh held = std::exchange(fHeldBack, XMLCh(0)); held != 0) {
+      const XMLCh pair[] = {held, text[0]};
+      fBuilder.AddText(pair, 2);
+      ++text;
+      --size;
+    }
+    if (size > 0 && IsFirstHalfOfPair(text[size - 1])) fHeldBack = text[--size];
+    if (size > 0) fBuilder.AddText(text, size);
+  }
+
   void endElement(const XMLCh*, const XMLCh*, const XMLCh*) override { fBuilder.EndElement(); }
 
   void error(const SAXParseException& problem) override { Refuse(problem); }
   void fatalError(const SAXParseException& problem) override { Refuse(problem); }
 
  private:
+  static bool IsFirstHalfOfPair(XMLCh c) { return c >= 0xD800 && c <= 0xDBFF; }
+
   // Where the gate has ended the input, the parser only finds that something is missing.
   [[noreturn]] void Refuse(const SAXParseException& problem) const {
     if (!fSource.Refusal().empty()) throw PmmlError(fSource.Refusal());
@@ -56,6 +72,7 @@ class TreeHandler : public xercesc::DefaultHandler {
   ElementTreeBuilder& fBuilder;
   const KelXInputSource& fSource;
   const xercesc::Locator* fLocator = nullptr;
+  XMLCh fHeldBack = 0;  // 0 for none
 };
 
 // The scanner for well-formedness is the fastest. It knows no declared entities, but there are none: the gate lets no

@@ -7,6 +7,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "components/kelcommon/Hashing.h"
+
 namespace KelXML_1_3 {
 
 /// The distinct names of a document, numbered from 0.
@@ -32,8 +34,8 @@ class NameTable {
   Id FindOrAdd(const char16_t* name);
 
   std::deque<std::string> fTexts;
-  std::vector<std::string_view> fNames;           // of fTexts, by number
-  std::unordered_map<std::string_view, Id> fIds;  // of fTexts
+  std::vector<std::string_view> fNames;                                    // of fTexts, by number
+  std::unordered_map<std::string_view, Id, KelCommon_1_3::NameHash> fIds;  // of fTexts
 };
 
 }  // namespace KelXML_1_3

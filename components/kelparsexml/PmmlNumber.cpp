@@ -10,6 +10,9 @@ namespace KelXML_1_3 {
 namespace {
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
+// Beyond every place that a digit of a text can have, and far from overflow.
+constexpr std::int64_t kLargestExponent = std::numeric_limits<std::int64_t>::max() / 2;
+
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 // For a decimal number that is out of a double's range: whether it is far above it, not far below. The power of ten of
@@ -26,6 +29,7 @@ bool IsHuge(std::string_view number) {
     if (text.starts_with('+')) text.remove_prefix(1);
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), exponent);
     if (error == std::errc::result_out_of_range) return !text.starts_with('-');
+    exponent = std::clamp(exponent, -kLargestExponent, kLargestExponent);
   }
   return static_cast<std::int64_t>(point) - static_cast<std::int64_t>(firstDigit) + exponent > 0;
 }

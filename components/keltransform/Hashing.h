@@ -4,18 +4,15 @@
 #include <cstdint>
 #include <string_view>
 
-#include "scoring/common/KelExport.h"
+#include "components/kelcommon/Hashing.h"
 
 namespace KelTransformNS {
 
-/// A hash of `size` bytes under a seed of this process, so that no document can be made to collide on purpose.
-[[nodiscard]] KEL_EXPORT std::uint64_t HashBytes(const void* bytes, std::size_t size) noexcept;
+using KelCommon_1_3::NameHash;
 
-/// The hash of a map from names, which looks a name up without making a string of it.
-struct NameHash {
-  using is_transparent = void;
-  // Not marked noexcept: so the standard library's maps keep the hashes instead of working them out at each step.
-  std::size_t operator()(std::string_view name) const { return HashBytes(name.data(), name.size()); }
-};
+/// A hash of `size` bytes under a seed of this process, so that no document can be made to collide on purpose.
+[[nodiscard]] inline std::uint64_t HashBytes(const void* bytes, std::size_t size) noexcept {
+  return KelCommon_1_3::HashBytes({static_cast<const char*>(bytes), size});
+}
 
 }  // namespace KelTransformNS

@@ -48,7 +48,8 @@ std::unique_ptr<ScoringModel> CreateMultiModel(const std::vector<std::string>& i
     std::unique_ptr<ScoringModel> member = makeMember(i);
     if (member == nullptr) break;
     status = KelStatus();
-    composite->AddModel(ids[i], member.release());
+    std::string id = ids[i];  // before the member is let go: copying can fail
+    composite->AddModel(std::move(id), member.release());
   }
   if (status.IsError()) return nullptr;
   return composite;

@@ -67,27 +67,34 @@ DOMElement* FindModel(const std::vector<std::string>& modelNames, DOMElement* ro
   return nullptr;
 }
 
+// False for a faulty document and for one that is well-formed but no PMML: nothing is thrown then.
+bool FinishesPass(xercesc::SAX2XMLReader& reader, std::istream& stream) {
+  try {
+    reader.parse(KelXInputSource(stream));
+  } catch (ScoringSAX2Handler::HandlerState outcome) {
+    return outcome == ScoringSAX2Handler::kPassFinished;
+  }
+  return false;
+}
+
 }  // namespace
 
 KelStatus ScoringScorerFactory::GetModelAttr(std::istream& stream, const std::vector<std::string>& modelNames,
                                              ScoringModelAttr& attr, const std::string& encoding) {
   const KelStatus incomplete(KelScoringConst::kPrescanIncomplete, true);
-  const std::unique_ptr<xercesc::SAX2XMLReader> reader = MakeReader();
-  ScoringPMMLSAX2Handler handler(modelNames, encoding);
-  reader->setContentHandler(&handler);
-  reader->setErrorHandler(&handler);
   try {
-    reader->parse(KelXInputSource(stream));
+    const std::unique_ptr<xercesc::SAX2XMLReader> reader = MakeReader();
+    ScoringPMMLSAX2Handler handler(modelNames, encoding);
+    reader->setContentHandler(&handler);
+    reader->setErrorHandler(&handler);
+    if (!FinishesPass(*reader, stream)) return incomplete;
+    attr = handler.GetModelAttr();
+    return KelStatus();
   } catch (const xercesc::OutOfMemoryException&) {
     return incomplete;
   } catch (const xercesc::XMLException&) {
     return incomplete;
-  } catch (ScoringSAX2Handler::HandlerState outcome) {
-    if (outcome != ScoringSAX2Handler::kPassFinished) return incomplete;
-    attr = handler.GetModelAttr();
-    return KelStatus();
   }
-  return incomplete;  // well-formed, but no PMML
 }
 
 KelStatus ScoringScorerFactory::GetDOMDocument(const std::vector<std::string>& modelNames, std::istream& stream,

@@ -102,6 +102,7 @@ void AddPropensity(ScoringModelAttr& attr, ScoringSoloModel& model) {
 
 std::unique_ptr<ScoringModel> CreateSoloModel(KelSettings& settings, std::istream& stream, KelStatus& status) {
   KelDiagnostics::Clear();
+  status = KelStatus();  // also where an exception leaves before the first outcome
   ScoringModelAttr attr;
   status = Prescan(settings, stream, attr);
   if (status.IsError()) return nullptr;

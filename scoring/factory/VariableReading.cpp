@@ -15,8 +15,8 @@ using KelXML_1_3::KelVarList;
 namespace {
 
 KelStatus ReadVariables(KelVarList& varList, ScoringModelAttr& attr) {
-  ScoringPMMLParser parser(attr.encoding);
   attr.documentStream.seekg(0);
+  ScoringPMMLParser parser(attr.encoding);
   KelStatus status = parser.FillVarList(varList, attr.documentStream);
   if (!status.IsError() && attr.dictionaryStream != nullptr) {
     status = parser.FillVarList(varList, *attr.dictionaryStream);

@@ -64,6 +64,10 @@ void ScoringSplitModel::SetModel(const ModelMap& models) {
   if (fModels.empty()) fModels = models;
 }
 
+void ScoringSplitModel::SetModel(const std::map<Key, ScoringModel*>& models) {
+  SetModel(ModelMap(models.begin(), models.end()));
+}
+
 void ScoringSplitModel::SetSplitFields(std::vector<std::string>& fields) { fSplitFields = fields; }
 
 ScoringModel* ScoringSplitModel::Clone() const { return nullptr; }
@@ -77,12 +81,16 @@ KelStatus ScoringSplitModel::Score(ValueRecord& in, ValueRecord& out) {
   return found->second->Score(in, out);
 }
 
-// Null if a split field is not in `in`.
+// Null if a split field is not in `in`, or if `in` is shorter than the record that the positions come from.
 const ScoringSplitModel::Positions* ScoringSplitModel::SplitPositions(const ValueRecord& in) {
-  if (const Positions* known = fSplitFieldIndices.load(std::memory_order_acquire)) {
-    const auto isInside = [&in](std::int32_t position) { return position < in.Size(); };
-    return std::all_of(known->begin(), known->end(), isInside) ? known : nullptr;
-  }
+  const Positions* positions = fSplitFieldIndices.load(std::memory_order_acquire);
+  if (positions == nullptr) positions = FindPositions(in);
+  const auto isInside = [&in](std::int32_t position) { return position < in.Size(); };
+  const bool holds = positions != nullptr && std::all_of(positions->begin(), positions->end(), isInside);
+  return holds ? positions : nullptr;
+}
+
+const ScoringSplitModel::Positions* ScoringSplitModel::FindPositions(const ValueRecord& in) {
   Positions positions;
   for (const std::string& field : fSplitFields) {
     positions.push_back(in.IndexOf(field));

@@ -12,8 +12,7 @@
 
 namespace KelScoring_20 {
 
-/// The key values of one record, in place: the record's values at the positions of the split fields. `values` points
-/// to as many as `positions` has.
+/// The key values of one record, in place: the record's values at the positions of the split fields.
 struct SplitKeyView {
   const KelCommon_1_3::ValueRecord& record;
   const std::vector<std::int32_t>& positions;
@@ -52,6 +51,7 @@ class KEL_EXPORT ScoringSplitModel : public ScoringAbsModel {
   [[nodiscard]] const ModelMap& GetModel() const { return fModels; }
   /// Takes ownership of all models of `models` if there is none yet, else does nothing.
   void SetModel(const ModelMap& models);
+  void SetModel(const std::map<Key, ScoringModel*>& models);
   /// The names of the split fields in key order. Has no effect on positions that were worked out before.
   void SetSplitFields(std::vector<std::string>& fields);
   [[nodiscard]] std::vector<std::string> GetSplitFields() { return fSplitFields; }
@@ -85,6 +85,7 @@ class KEL_EXPORT ScoringSplitModel : public ScoringAbsModel {
   using Positions = std::vector<std::int32_t>;
 
   [[nodiscard]] const Positions* SplitPositions(const KelCommon_1_3::ValueRecord& in);
+  [[nodiscard]] const Positions* FindPositions(const KelCommon_1_3::ValueRecord& in);
   const Positions* Publish(Positions positions);
   [[nodiscard]] ScoringModel* First() const { return fModels.empty() ? nullptr : fModels.begin()->second; }
   void MergeDerivedFields();

@@ -1,5 +1,6 @@
 #include "scoring/text/LocalText.h"
 
+#include <memory>
 #include <xercesc/util/XMLString.hpp>
 
 namespace KelScoring_20 {
@@ -21,7 +22,9 @@ bool WidenAscii(const char* name, XMLCh* wide, std::size_t capacity) {
 }  // namespace
 
 WidenedName::WidenedName(const std::string& name) {
-  if (!WidenAscii(name.c_str(), fAscii, kCapacity)) fConverted = XMLString::transcode(name.c_str());
+  if (WidenAscii(name.c_str(), fAscii, kCapacity)) return;
+  fConverted = XMLString::transcode(name.c_str());
+  if (!fConverted) fAscii[0] = 0;  // the code page has nothing for it
 }
 
 WidenedName::~WidenedName() {
@@ -30,10 +33,9 @@ WidenedName::~WidenedName() {
 
 std::string WideToLocal(const XMLCh* text) {
   if (!text) return std::string();
-  char* converted = XMLString::transcode(text);
-  std::string result(converted ? converted : "");
-  XMLString::release(&converted);
-  return result;
+  const auto release = [](char* buffer) { XMLString::release(&buffer); };
+  const std::unique_ptr<char, decltype(release)> converted(XMLString::transcode(text), release);
+  return converted ? converted.get() : "";
 }
 
 }  // namespace KelScoring_20

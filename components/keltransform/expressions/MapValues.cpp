@@ -1,6 +1,9 @@
 #include <algorithm>
+#include <string_view>
+#include <unordered_map>
 
 #include "components/keltransform/Attributes.h"
+#include "components/keltransform/Hashing.h"
 #include "components/keltransform/expressions/Expressions.h"
 
 namespace KelTransformNS {
@@ -38,7 +41,10 @@ class TableReader {
         fOutputColumn(LocalName(mapValues.Required("outputColumn"))),
         fResultType(resultType),
         fCode(code),
-        fKeys(columns.size()) {}
+        fKeys(columns.size()) {
+    for (const KeyColumn& column : fColumns) fCells.try_emplace(column.name);
+    fCells.try_emplace(fOutputColumn);
+  }
 
   void Read(const Element& inlineTable) {
     for (Element row = inlineTable.Child("row"); row; row = row.Next("row")) ReadRow(row);
@@ -47,15 +53,25 @@ class TableReader {
 
  private:
   void ReadRow(const Element& row) {
-    const bool hasKeys = ReadKeys(row);
-    const Cell result = ReadResult(row);
+    FindCells(row);
+    const bool hasKeys = ReadKeys();
+    const Cell result = ReadResult();
     if (hasKeys) fCode.Data().mapValues.AppendRow(fKeys, result);
   }
 
-  bool ReadKeys(const Element& row) {
+  // Of several cells of one column the first counts.
+  void FindCells(const Element& row) {
+    for (auto& [name, cell] : fCells) cell = Element();
+    for (Element child = row.FirstChild(); child; child = child.NextSibling()) {
+      const auto column = fCells.find(child.Name());
+      if (column != fCells.end() && !column->second) column->second = child;
+    }
+  }
+
+  bool ReadKeys() {
     bool hasAll = true;
     for (std::size_t column = 0; column < fColumns.size(); ++column) {
-      const Element cell = row.Child(fColumns[column].name);
+      const Element cell = fCells.at(fColumns[column].name);
       fColumns[column].isUsed = fColumns[column].isUsed || cell;
       hasAll = ReadKey(cell, fColumns[column].field.type, fKeys[column]) && hasAll;
     }
@@ -69,8 +85,8 @@ class TableReader {
     return !literal.IsMissing();
   }
 
-  Cell ReadResult(const Element& row) {
-    const Element cell = row.Child(fOutputColumn);
+  Cell ReadResult() {
+    const Element cell = fCells.at(fOutputColumn);
     fHasOutput = fHasOutput || cell;
     if (!cell || (cell.Text().empty() && !IsText(fResultType))) return Cell::Missing();
     return ReadTextLiteral(cell, cell.Text(), fResultType, fCode.Pool());
@@ -89,6 +105,7 @@ class TableReader {
   const DataType fResultType;
   CodeBuilder& fCode;
   std::vector<MapValuesTable::Key> fKeys;
+  std::unordered_map<std::string_view, Element, NameHash> fCells;  // of the row at hand, by column
   bool fHasOutput = false;
 };
 

@@ -111,6 +111,17 @@ TEST(ElementTreeTest, TextsOfAnyLength_AreKept) {
   EXPECT_EQ(seen, 13);
 }
 
+// The parser hands long texts over in pieces of about a million units. Characters outside the basic plane are two units
+// each, so that with one of the two offsets a piece ends within a character.
+TEST(ElementTreeTest, LongTextOutsideTheBasicPlane_IsKept) {
+  for (const char* offset : {"", "x"}) {
+    std::string text = offset;
+    for (int i = 0; i < 1'200'000; ++i) text += kClef;
+    const auto tree = Read("<a>" + text + "</a>");
+    EXPECT_TRUE(tree->Root().Text() == text) << "offset \"" << offset << '"';
+  }
+}
+
 TEST(ElementTreeTest, ManyElementsAndNames_AreKept) {
   std::string document = "<r>";
   for (int i = 0; i < 3'000; ++i) {

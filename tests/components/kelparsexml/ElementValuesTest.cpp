@@ -46,6 +46,8 @@ TEST(ParsePmmlNumberTest, Numbers) {
                 {"1e-400", 0.0},
                 {"0e99999", 0.0},
                 {"1e99999999999999999999", kInfinity},
+                {"1e9223372036854775807", kInfinity},  // an exponent that just fits
+                {"0.01e-9223372036854775808", 0.0},
                 {"1e-99999999999999999999", 0.0}};
   for (const auto& row : kCases) EXPECT_EQ(ParsePmmlNumber(row.text), row.number) << row.text;
   EXPECT_TRUE(std::isnan(ParsePmmlNumber("NaN").value()));

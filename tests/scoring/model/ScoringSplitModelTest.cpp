@@ -121,7 +121,7 @@ TEST_F(ScoringSplitModelTest, TakenKey_LeavesTheModelWithTheCaller) {
 }
 
 TEST_F(ScoringSplitModelTest, SetModel_CountsOnlyOnAnEmptySet) {
-  ScoringSplitModel::ModelMap models;
+  std::map<ScoringSplitModel::Key, ScoringModel*> models;
   models[{Value(1.0)}] = Member("one");
   models[{Value(2.0)}] = Member("two");
   fModel->SetModel(models);
