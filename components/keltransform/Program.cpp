@@ -1,28 +1,14 @@
 #include "components/keltransform/Program.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "components/keltransform/Code.h"
 #include "components/keltransform/Conversion.h"
+#include "components/keltransform/functions/Evaluation.h"
 
 namespace KelTransformNS {
 namespace {
-
-// The operands of one instruction.
-class Operands {
- public:
-  Operands(const Operand* first, const Cell* slots, const Cell* constants) noexcept
-      : fFirst(first), fBases{slots, constants} {}
-
-  const Cell& operator[](std::size_t index) const noexcept {
-    const Operand operand = fFirst[index];
-    return fBases[operand.IsConstant() ? 1 : 0][operand.Index()];
-  }
-
- private:
-  const Operand* fFirst;
-  const Cell* fBases[2];
-};
 
 Cell Compare(const Comparison& comparison, const Cell& cell) noexcept {
   if (cell.IsMissing()) return comparison.whenMissing;
@@ -36,6 +22,29 @@ Cell Compare(const Comparison& comparison, const Cell& cell) noexcept {
 Cell RoundToFloat(const Cell& cell) noexcept {
   return cell.state == Cell::kNumber ? Cell::Number(static_cast<double>(static_cast<float>(cell.number))) : cell;
 }
+
+// By its slot every operand is computed already, so choosing one is all there is to do: no function has side effects.
+Cell Choose(const Operands& operands) noexcept {
+  const Cell& condition = operands[0];
+  if (condition.state != Cell::kNumber) return condition;
+  if (condition.number != 0.0) return operands[1];
+  return operands.Count() > 2 ? operands[2] : Cell::Missing();
+}
+
+Cell ReplaceIfAnyMissing(const Operands& operands) noexcept {
+  bool isAnyMissing = false;
+  for (std::size_t index = 2; index < operands.Count(); ++index) {
+    if (operands[index].IsInvalid()) return operands[0];
+    isAnyMissing = isAnyMissing || operands[index].IsMissing();
+  }
+  return operands[isAnyMissing ? 1 : 0];
+}
+
+Cell Truncate(const Cell& cell) noexcept {
+  return cell.state == Cell::kNumber ? Cell::Number(std::trunc(cell.number)) : cell;
+}
+
+}  // namespace
 
 Cell Execute(const Instruction& step, const Operands& operands, const Tables& tables) noexcept {
   switch (step.operation) {
@@ -55,11 +64,22 @@ Cell Execute(const Instruction& step, const Operands& operands, const Tables& ta
       return tables.discretize.Evaluate(step.data, operands[0]);
     case OpCode::kMapValues:
       return tables.mapValues.Evaluate(step.data, [&](std::size_t column) -> const Cell& { return operands[column]; });
+    case OpCode::kReplaceIfAnyMissing:
+      return ReplaceIfAnyMissing(operands);
+    case OpCode::kInvalidToMissing:
+      return operands[0].IsInvalid() ? Cell::Missing() : operands[0];
+    case OpCode::kTruncate:
+      return Truncate(operands[0]);
+    case OpCode::kIf:
+      return Choose(operands);
+    case OpCode::kUnary:
+      return EvaluateUnary(FunctionOf(step).unary, operands[0]);
+    case OpCode::kBinary:
+      return EvaluateBinary(FunctionOf(step).binary, operands);
+    default:
+      return EvaluateFunction(FunctionOf(step), operands, *tables.pool);
   }
-  return Cell::Invalid();  // no other operation is compiled
 }
-
-}  // namespace
 
 Program::Program() = default;
 Program::Program(Program&&) noexcept = default;
@@ -71,7 +91,7 @@ void Program::Run(Frame frame) const noexcept {
   const Tables& tables = *fCode->tables;
   const Operand* const operands = fCode->operands.data();
   for (const Instruction& step : fCode->instructions) {
-    const Operands own(operands + step.firstOperand, frame.data(), tables.constants.data());
+    const Operands own(operands + step.firstOperand, step.operandCount, frame.data(), tables.constants.data());
     SetCell(frame[step.result], [&] { return Execute(step, own, tables); });
   }
 }
