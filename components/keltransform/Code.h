@@ -29,6 +29,11 @@ enum class OpCode : std::uint8_t {
   kTruncate,             ///< a number without its fraction
   kIf,  ///< the second operand if the first one is true, the third one, if there is one, if it is false
 
+  kAdd,       ///< of two numbers
+  kSubtract,  ///< of two numbers
+  kMultiply,  ///< of two numbers
+  kDivide,    ///< of two numbers
+
   // The function `data` of the table of functions. What its `detail` says:
   kUnary,
   kBinary,

@@ -25,18 +25,25 @@ class Operand {
 class Operands {
  public:
   Operands(const Operand* first, std::size_t count, const Cell* slots, const Cell* constants) noexcept
-      : fFirst(first), fCount(count), fBases{slots, constants} {}
+      : fFirst(first), fCount(count), fSlots(slots), fConstants(constants) {}
+
+  /// Goes on to those of another instruction, over the same slots and constants.
+  void MoveTo(const Operand* first, std::size_t count) noexcept {
+    fFirst = first;
+    fCount = count;
+  }
 
   [[nodiscard]] std::size_t Count() const noexcept { return fCount; }
   [[nodiscard]] const Cell& operator[](std::size_t index) const noexcept {
     const Operand operand = fFirst[index];
-    return fBases[operand.IsConstant() ? 1 : 0][operand.Index()];
+    return (operand.IsConstant() ? fConstants : fSlots)[operand.Index()];
   }
 
  private:
   const Operand* fFirst;
   std::size_t fCount;
-  const Cell* fBases[2];
+  const Cell* fSlots;
+  const Cell* fConstants;
 };
 
 }  // namespace KelTransformNS

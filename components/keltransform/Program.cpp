@@ -6,6 +6,7 @@
 #include "components/keltransform/Code.h"
 #include "components/keltransform/Conversion.h"
 #include "components/keltransform/functions/Evaluation.h"
+#include "components/keltransform/functions/Numbers.h"
 
 namespace KelTransformNS {
 namespace {
@@ -44,9 +45,18 @@ Cell Truncate(const Cell& cell) noexcept {
   return cell.state == Cell::kNumber ? Cell::Number(std::trunc(cell.number)) : cell;
 }
 
-}  // namespace
+// The four operations of arithmetic, which are most of what documents compute, without a call.
+template <typename Operation>
+inline Cell Compute(const Operands& operands, const Operation& operation) noexcept {
+  const Cell& left = operands[0];
+  const Cell& right = operands[1];
+  if (left.state != Cell::kNumber || right.state != Cell::kNumber) return WithoutValues(operands);
+  return ResultOf(operation(left.number, right.number));
+}
 
-Cell Execute(const Instruction& step, const Operands& operands, const Tables& tables) noexcept {
+// Part of the loop in `Run`: a call for each step would cost as much as the step.
+[[gnu::always_inline]] inline Cell ExecuteStep(const Instruction& step, const Operands& operands,
+                                               const Tables& tables) noexcept {
   switch (step.operation) {
     case OpCode::kCopy:
       return operands[0];
@@ -72,6 +82,14 @@ Cell Execute(const Instruction& step, const Operands& operands, const Tables& ta
       return Truncate(operands[0]);
     case OpCode::kIf:
       return Choose(operands);
+    case OpCode::kAdd:
+      return Compute(operands, [](double left, double right) { return left + right; });
+    case OpCode::kSubtract:
+      return Compute(operands, [](double left, double right) { return left - right; });
+    case OpCode::kMultiply:
+      return Compute(operands, [](double left, double right) { return left * right; });
+    case OpCode::kDivide:
+      return Compute(operands, Quotient);
     case OpCode::kUnary:
       return EvaluateUnary(FunctionOf(step).unary, operands[0]);
     case OpCode::kBinary:
@@ -79,6 +97,12 @@ Cell Execute(const Instruction& step, const Operands& operands, const Tables& ta
     default:
       return EvaluateFunction(FunctionOf(step), operands, *tables.pool);
   }
+}
+
+}  // namespace
+
+Cell Execute(const Instruction& step, const Operands& operands, const Tables& tables) noexcept {
+  return ExecuteStep(step, operands, tables);
 }
 
 Program::Program() = default;
@@ -90,9 +114,10 @@ void Program::Run(Frame frame) const noexcept {
   if (!fCode) return;
   const Tables& tables = *fCode->tables;
   const Operand* const operands = fCode->operands.data();
+  Operands own(operands, 0, frame.data(), tables.constants.data());
   for (const Instruction& step : fCode->instructions) {
-    const Operands own(operands + step.firstOperand, step.operandCount, frame.data(), tables.constants.data());
-    SetCell(frame[step.result], [&] { return Execute(step, own, tables); });
+    own.MoveTo(operands + step.firstOperand, step.operandCount);
+    SetCell(frame[step.result], [&] { return ExecuteStep(step, own, tables); });
   }
 }
 

@@ -89,10 +89,10 @@ double Larger(double left, double right) { return right > left ? right : left; }
 
 // Functions of PMML 3.2 first, then those that each later version added.
 const Function kFunctions[] = {
-    Binary("+", kWidest, Sum),
-    Binary("-", kWidest, [](double left, double right) { return left - right; }),
-    Binary("*", kWidest, Product),
-    Binary("/", Yields::kQuotient, Quotient),
+    {"+", 2, 2, kNumbers, kWidest, OpCode::kAdd},
+    {"-", 2, 2, kNumbers, kWidest, OpCode::kSubtract},
+    {"*", 2, 2, kNumbers, kWidest, OpCode::kMultiply},
+    {"/", 2, 2, kNumbers, Yields::kQuotient, OpCode::kDivide},
     Aggregate("min", Smaller),
     Aggregate("max", Larger),
     Aggregate("sum", Sum),

@@ -39,8 +39,6 @@ double StandardQuantile(double probability) {
 
 }  // namespace
 
-double Quotient(double dividend, double divisor) { return divisor == 0.0 ? kUndefined : dividend / divisor; }
-
 double Modulo(double dividend, double divisor) {
   const double rest = std::fmod(dividend, divisor);  // NaN for a divisor of 0
   const bool hasOtherSign = rest != 0.0 && (rest < 0.0) != (divisor < 0.0);

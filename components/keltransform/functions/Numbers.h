@@ -1,10 +1,14 @@
 #pragma once
 
+#include <limits>
+
 namespace KelTransformNS {
 
 // Functions of numbers that take more than a call of the standard library. NaN where they have no value.
 
-[[nodiscard]] double Quotient(double dividend, double divisor);
+[[nodiscard]] inline double Quotient(double dividend, double divisor) {
+  return divisor == 0.0 ? std::numeric_limits<double>::quiet_NaN() : dividend / divisor;
+}
 /// The sign is that of the divisor.
 [[nodiscard]] double Modulo(double dividend, double divisor);
 /// pow(0, 0) is 1.
