@@ -45,19 +45,32 @@ build() {
   cmake --build --preset "$preset" "${targets[@]}"
 }
 
-# run_tests PRESET [CTEST ARGUMENT...]: runs the tests and ends with the line "N passed, N failed[, N skipped]".
+# run_tests PRESET [CTEST ARGUMENT...]: runs the tests and ends with the line "N passed, N failed[, N skipped]". What the
+# tests print goes to build/PRESET/tests.log, and to the screen if one fails.
 run_tests() {
   local preset=$1
   shift
-  local report="$root/build/$preset/tests.xml"
+  local report=$root/build/$preset/tests.xml
+  local log=$root/build/$preset/tests.log
   rm -f "$report"
+  echo "Running the tests of build/$preset; their output goes to build/$preset/tests.log"
   local status=0
-  ctest --preset "$preset" --output-junit "$report" "$@" || status=$?
+  ctest --preset "$preset" --output-junit "$report" "$@" >"$log" 2>&1 || status=$?
+  if [ "$status" -ne 0 ] || [ ! -f "$report" ]; then cat "$log"; fi
   [ -f "$report" ] || return 1
-  local tests failures skipped disabled
-  read -r tests failures disabled skipped < <(sed -nE \
-    's/.*<testsuite .*tests="([0-9]+)".*failures="([0-9]+)".*disabled="([0-9]+)".*skipped="([0-9]+)".*/\1 \2 \3 \4/p' \
-    <(tr '\n' ' ' <"$report"))
-  echo "$((tests - failures - disabled - skipped)) passed, $failures failed, $((skipped + disabled)) skipped"
+  count_tests "$report"
   return "$status"
 }
+
+# count_tests REPORT: the line "N passed, N failed[, N skipped]" of a JUnit report.
+count_tests() {
+  local suite tests failed skipped
+  suite=$(tr '\n' ' ' <"$1" | grep -oE '<testsuite [^>]*>')
+  tests=$(attribute tests "$suite")
+  failed=$(attribute failures "$suite")
+  skipped=$(($(attribute skipped "$suite") + $(attribute disabled "$suite")))
+  echo "$((tests - failed - skipped)) passed, $failed failed, $skipped skipped"
+}
+
+# attribute NAME TAG
+attribute() { grep -oE "[[:space:]]$1=\"[0-9]+\"" <<<"$2" | grep -oE '[0-9]+'; }

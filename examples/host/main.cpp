@@ -48,6 +48,11 @@ int main(int count, char** arguments) {
     std::cerr << scored.GetErrorCode() << ": " << scored.GetMessage() << "\n";
     return 1;
   }
-  for (int i = 0; i < out.Size(); ++i) std::cout << out.NameAt(i) << " = " << out.At(i).GetString() << "\n";
+  for (int i = 0; i < out.Size(); ++i) {
+    std::cout << out.NameAt(i) << " = " << out.At(i).GetString() << "\n";
+    const KelCommon_1_3::ValueRecord* members = out.At(i).Members();  // of a composite value: "probcategory"
+    for (int k = 0; members && k < members->Size(); ++k)
+      std::cout << "  " << members->NameAt(k) << " = " << members->At(k).GetString() << "\n";
+  }
   return 0;
 }

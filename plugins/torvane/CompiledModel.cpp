@@ -22,6 +22,12 @@ void CheckIsScorable(const Element& model) {
   }
 }
 
+void CheckHasCategories(const Element& model, const Target& target) {
+  if (target.Function() == MiningFunction::kClassification && target.Categories().empty()) {
+    throw model.Error("names no category that it could predict");
+  }
+}
+
 }  // namespace
 
 std::unique_ptr<const CompiledModel> CompiledModel::Build(const Element& model, const Document& document) {
@@ -33,6 +39,7 @@ std::unique_ptr<const CompiledModel> CompiledModel::Build(const Element& model, 
   compiled->fTarget = std::make_unique<Target>(scope, model, ReadFunction(model),
                                                model.Attribute("targetFieldName").value_or(std::string_view()));
   compiled->fBody = build(model, scope, *compiled->fTarget);
+  CheckHasCategories(model, *compiled->fTarget);
   compiled->fDerived = scope.Compiler().Finish();
   compiled->fHasDerived = !compiled->fDerived.IsEmpty();
   compiled->fDerivedSlots = scope.DerivedSlots();

@@ -1,6 +1,7 @@
 #include <exception>
 #include <istream>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <xercesc/dom/DOMDocument.hpp>
@@ -99,5 +100,11 @@ class ScoreParser final : public KelScoring_20::IKelScoreParser {
 }  // namespace
 }  // namespace Torvane
 
-/// The plug-in's one symbol.
-extern "C" KEL_EXPORT KelScoring_20::IKelScoreParser* GetScoreParser() { return new Torvane::ScoreParser; }
+/// The plug-in's one symbol. Null if there is no memory.
+extern "C" KEL_EXPORT KelScoring_20::IKelScoreParser* GetScoreParser() {
+  try {
+    return new Torvane::ScoreParser;
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}

@@ -32,11 +32,11 @@ template <typename Enum, std::size_t kCount>
 Enum ReadWord(const Element& element, std::string_view attribute, const Word<Enum> (&words)[kCount], Enum absent) {
   const std::optional<std::string_view> text = element.Attribute(attribute);
   if (!text) return absent;
-  std::string known;
   for (const Word<Enum>& word : words) {
     if (*text == word.text) return word.value;
-    known += (known.empty() ? "" : ", ") + std::string(word.text);
   }
+  std::string known;
+  for (const Word<Enum>& word : words) known += (known.empty() ? "" : ", ") + std::string(word.text);
   ThrowUnknownWord(element, attribute, known);
 }
 

@@ -80,11 +80,16 @@ KelStatus TorvaneScorer::ScoreBound(const ValueRecord& in, ValueRecord& out) {
 
 TorvaneScorer::InputBinding TorvaneScorer::BindInputs(const ValueRecord& in) const {
   InputBinding binding;
-  binding.places.reserve(fModel->Inputs().size());
+  binding.numbers.reserve(fModel->Inputs().size());
   for (const InputField& input : fModel->Inputs()) {
     const int position = in.IndexOf(input.Key());
-    binding.places.push_back({position, input.Slot(), &input, input.TakesDoubles()});
-    if (position < 0 && input.mustBeInRecord) binding.isComplete = false;
+    if (position < 0) {
+      binding.absent.push_back(&input);
+      if (input.mustBeInRecord) binding.isComplete = false;
+    } else {
+      std::vector<InputBinding::Place>& places = input.TakesDoubles() ? binding.numbers : binding.others;
+      places.push_back({static_cast<std::uint32_t>(position), input.Slot(), &input});
+    }
   }
   return binding;
 }
@@ -106,19 +111,23 @@ TorvaneScorer::OutputBinding TorvaneScorer::BindOutputs(const ValueRecord& out) 
 bool TorvaneScorer::Gather(const ValueRecord& in, const InputBinding& binding, Cell* frame) const noexcept {
   bool isValid = true;
   const Value* const values = in.Values().data();
-  for (const InputBinding::Place& place : binding.places) {
-    const Value& value = place.position < 0 ? Value::NULL_VALUE : values[place.position];
-    Cell& cell = frame[place.slot];
-    if (place.takesDoubles && IsPlainNumber(value)) {
-      cell = Cell::Number(value.GetReal());
+  for (const InputBinding::Place& place : binding.numbers) {
+    const Value& value = values[place.position];
+    if (IsPlainNumber(value)) {
+      frame[place.slot] = Cell::Number(value.GetReal());
     } else {
-      isValid = GatherOne(value, *place.field, cell) && isValid;
+      isValid = GatherOne(value, *place.field, frame) && isValid;
     }
   }
+  for (const InputBinding::Place& place : binding.others) {
+    isValid = GatherOne(values[place.position], *place.field, frame) && isValid;
+  }
+  for (const InputField* field : binding.absent) isValid = GatherOne(Value::NULL_VALUE, *field, frame) && isValid;
   return isValid;
 }
 
-bool TorvaneScorer::GatherOne(const Value& value, const InputField& field, Cell& cell) const noexcept {
+bool TorvaneScorer::GatherOne(const Value& value, const InputField& field, Cell* frame) const noexcept {
+  Cell& cell = frame[field.Slot()];
   cell = field.Read(value, *fPool);
   if (!cell.IsInvalid()) return true;
   if (field.isTarget) cell = Cell::Missing();

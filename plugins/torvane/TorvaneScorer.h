@@ -42,13 +42,14 @@ class TorvaneScorer final : public KelScoring_20::ScoringBaseScorer {
   // Where the inputs stand in the records of one layout.
   struct InputBinding {
     struct Place {
-      int position;  // -1 for a field that the records lack
+      std::uint32_t position;
       std::uint32_t slot;
       const InputField* field;
-      bool takesDoubles;  // of the field, at hand for the loop
     };
-    std::vector<Place> places;
-    bool isComplete = true;  // what must be in the record is there
+    std::vector<Place> numbers;  // that a number passes as it is
+    std::vector<Place> others;
+    std::vector<const InputField*> absent;  // that the records lack
+    bool isComplete = true;                 // what must be in the record is there
   };
   // The outputs that the records of one layout ask for.
   struct OutputBinding {
@@ -67,7 +68,7 @@ class TorvaneScorer final : public KelScoring_20::ScoringBaseScorer {
   bool Gather(const KelCommon_1_3::ValueRecord& in, const InputBinding& binding,
               KelTransformNS::Cell* frame) const noexcept;
   [[gnu::noinline]] bool GatherOne(const KelCommon_1_3::Value& value, const InputField& field,
-                                   KelTransformNS::Cell& cell) const noexcept;
+                                   KelTransformNS::Cell* frame) const noexcept;
 
   std::string fType;
   std::unique_ptr<const KelTransformNS::TextPool> fPool;  // before what refers to it

@@ -172,7 +172,7 @@ class DescribeOptions {
 
   [[nodiscard]] bool IsChosen() const { return fCommand.parsed(); }
   [[nodiscard]] DescribeArguments Get() const {
-    const DescribeArguments describe{fModel.Get(), fFormat == "json"};
+    DescribeArguments describe{fModel.Get(), fFormat == "json"};
     CheckDocument(describe.model);
     return describe;
   }

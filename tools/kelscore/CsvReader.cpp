@@ -13,6 +13,8 @@ namespace {
 constexpr std::size_t kBlockBytes = 64U << 10U;
 // Large enough that threads rarely meet, small enough to stay in a core's cache.
 constexpr std::size_t kBatchBytes = 128U << 10U;
+// The parser's buffer for one field grows by this step: a small one is slow on large fields.
+constexpr std::size_t kFieldStep = 1U << 20U;
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
 
 int NoSpace(unsigned char) { return 0; }
@@ -26,7 +28,7 @@ CsvReader::CsvReader(ByteSource& source, char delimiter) : fSource(source), fDel
   if (csv_init(&fParser, CSV_STRICT | CSV_STRICT_FINI | CSV_REPALL_NL) != 0) throw std::bad_alloc();
   csv_set_delim(&fParser, static_cast<unsigned char>(delimiter));
   csv_set_space_func(&fParser, NoSpace);
-  csv_set_blk_size(&fParser, kBlockBytes);  // its buffer grows by this step, so a small one is slow on large fields
+  csv_set_blk_size(&fParser, kFieldStep);
 }
 
 CsvReader::~CsvReader() { csv_free(&fParser); }
@@ -131,8 +133,8 @@ void CsvReader::CheckHeader() const {
   }
 }
 
-void CsvReader::FailAtQuote() const {
-  if (csv_error(const_cast<csv_parser*>(&fParser)) != CSV_EPARSE) throw std::bad_alloc();
+void CsvReader::FailAtQuote() {
+  if (csv_error(&fParser) != CSV_EPARSE) throw std::bad_alloc();
   FailInRow(fAtEnd ? "has a quote that is never closed"
                    : "has a stray quote; a field that holds quotes is written in quotes, with each one doubled");
 }

@@ -50,7 +50,7 @@ class CsvReader {
   void SkipMark(std::string_view& block);
   void CheckRowSize() const;
   void CheckHeader() const;
-  [[noreturn]] void FailAtQuote() const;
+  [[noreturn]] void FailAtQuote();
   [[noreturn]] void FailInRow(const std::string& what) const;
 
   ByteSource& fSource;

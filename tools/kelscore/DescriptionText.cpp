@@ -91,6 +91,7 @@ std::vector<Row> OutputRows(const std::vector<OutputDescription>& outputs) {
 
 std::vector<Row> NameRows(const std::vector<std::string>& names) {
   std::vector<Row> rows;
+  rows.reserve(names.size());
   for (const std::string& name : names) rows.push_back({name});
   return rows;
 }

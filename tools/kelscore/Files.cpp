@@ -53,6 +53,13 @@ std::size_t InputFile::Read(char* buffer, std::size_t size) {
   }
 }
 
+bool InputFile::IsSameFile(const std::string& path) const {
+  struct stat mine {};
+  struct stat other {};
+  return ::fstat(fDescriptor, &mine) == 0 && ::stat(path.c_str(), &other) == 0 && S_ISREG(mine.st_mode) &&
+         mine.st_dev == other.st_dev && mine.st_ino == other.st_ino;
+}
+
 OutputFile::OutputFile(const std::string& path)
     : fName(path == kStandardStream ? "standard output" : path),
       fDescriptor(OpenForWriting(path)),
@@ -83,7 +90,6 @@ void OutputFile::Close() {
 }
 
 bool IsSameFile(const std::string& first, const std::string& second) {
-  if (first == kStandardStream || second == kStandardStream) return false;
   std::error_code ignored;
   return std::filesystem::equivalent(first, second, ignored);
 }

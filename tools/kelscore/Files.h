@@ -22,6 +22,8 @@ class InputFile : public ByteSource {
 
   std::size_t Read(char* buffer, std::size_t size) override;
   [[nodiscard]] const std::string& Name() const override { return fName; }
+  /// Whether the path leads to the file that is read, also when that is standard input.
+  [[nodiscard]] bool IsSameFile(const std::string& path) const;
 
  private:
   std::string fName;
@@ -49,7 +51,7 @@ class OutputFile {
   bool fOwned;
 };
 
-/// Whether both paths lead to the same existing file. Standard streams are never the same as a path.
+/// Whether both paths lead to the same existing file.
 [[nodiscard]] bool IsSameFile(const std::string& first, const std::string& second);
 
 }  // namespace kelscore

@@ -1,10 +1,8 @@
 #include "tools/kelscore/LoadedModel.h"
 
 #include <algorithm>
-#include <exception>
 #include <filesystem>
 #include <fstream>
-#include <new>
 #include <optional>
 #include <sstream>
 #include <system_error>
@@ -15,6 +13,7 @@
 #include "scoring/common/KelVarList.h"
 #include "tools/kelscore/Failure.h"
 #include "tools/kelscore/ModelSettings.h"
+#include "tools/kelscore/PlugInCall.h"
 #include "tools/kelscore/PmmlDocument.h"
 #include "tools/kelscore/StatusText.h"
 
@@ -73,17 +72,20 @@ std::vector<std::string> Categories(const KelXML_1_3::IKelVariable& variable) {
 }  // namespace
 
 LoadedModel::LoadedModel(const ModelArguments& arguments, Console& console)
-    : fArguments(arguments),
+    : fConsole(console),
+      fArguments(arguments),
       fName(NameOf(arguments)),
       fSettings(MakeSettings(arguments)),
       fModelElements(ModelElements(fSettings)),
       fMembers(FindMembers(arguments, fSettings, console)) {
-  WarnOfMembers(arguments, fMembers, console);
+  if (arguments.splitMembers.empty()) WarnOfIdentifiers(fMembers, console);
   for (const std::string& path : Paths()) CheckFile(path);
-  Create();
+  KelDiagnostics::Clear();
+  std::string thrown;
+  if (!CallPlugIn([this] { Create(); }, thrown)) throw Failure(kNoModel, fName + ": no model: " + thrown);
   const KelStatus status = fFactory.GetStatus();
   fModel.reset(fFactory.Detach());
-  if (!fModel) Fail(status, console);
+  if (!fModel) Fail(status);
   if (!status.IsOK()) console.Tell(fName + ": warning: " + StatusText(status));
   ReadFirstDocument();
 }
@@ -103,41 +105,31 @@ std::vector<std::string> LoadedModel::Paths() const {
   return paths;
 }
 
-// A plug-in may throw whatever it likes.
 void LoadedModel::Create() {
-  KelDiagnostics::Clear();
-  try {
-    if (!fArguments.path.empty()) {
-      fFactory.CreateScoringModel(fSettings, fArguments.path);
-    } else if (!fArguments.members.empty() || !fArguments.splitMembers.empty()) {
-      CreateFromStreams();
-    } else {
-      fFactory.CreateScoringModel(fSettings);
-    }
-  } catch (const std::bad_alloc&) {
-    throw;
-  } catch (const Failure&) {
-    throw;
-  } catch (const std::exception& error) {
-    throw Failure(kNoModel, fName + ": no model: the plug-in threw an exception: " + error.what());
-  } catch (...) {
-    throw Failure(kNoModel, fName + ": no model: the plug-in threw an exception");
+  const bool hasMembers = !fArguments.members.empty() || !fArguments.splitMembers.empty();
+  if (!fArguments.path.empty()) {
+    fFactory.CreateScoringModel(fSettings, fArguments.path);
+  } else if (hasMembers) {
+    CreateFromStreams();
+  } else {
+    fFactory.CreateScoringModel(fSettings);
   }
 }
 
 // By way of files a single one would be no ensemble.
 void LoadedModel::CreateFromStreams() {
   const bool isSplit = !fArguments.splitMembers.empty();
-  AddMembers(fArguments, isSplit ? FieldsOfDocuments() : std::vector<ModelField>(), fSettings);
+  AddMembers(fArguments, isSplit ? FieldsOfDocuments() : std::vector<ModelField>(), fSettings, fConsole);
   std::vector<std::stringstream> documents;
   for (const std::string& path : Paths()) documents.push_back(ReadDocument(path));
   std::vector<std::stringstream*> streams;
+  streams.reserve(documents.size());
   for (std::stringstream& document : documents) streams.push_back(&document);
   fFactory.CreateScoringModel(fSettings, streams);
 }
 
 // A composite doesn't say which of its members fails: made one by one, that member fails again.
-void LoadedModel::Fail(const KelStatus& status, Console& console) const {
+void LoadedModel::Fail(const KelStatus& status) const {
   const std::string reason = FailureReason();
   if (fArguments.path.empty()) {
     for (const std::string& path : Paths()) {
@@ -146,7 +138,7 @@ void LoadedModel::Fail(const KelStatus& status, Console& console) const {
       member.path = path;
       member.members.clear();
       member.splitMembers.clear();
-      const LoadedModel works(member, console);
+      const LoadedModel works(member, fConsole);
     }
   }
   throw Failure(kNoModel, fName + ": no model: " + StatusText(status) + reason);
@@ -195,10 +187,12 @@ std::vector<ModelDocument> LoadedModel::ReadDocuments() const {
 
 ValueRecord AnnouncedOutputs(const LoadedModel& model) {
   ValueRecord outputs;
-  const KelStatus status = model.Model().Scorable(outputs);
-  if (status.IsError())
-    throw Failure(kNoModel, model.Name() + ": the model can't tell its outputs: " + StatusText(status));
-  return outputs;
+  KelStatus status;
+  std::string reason;
+  const bool returned = CallPlugIn([&] { status = model.Model().Scorable(outputs); }, reason);
+  if (returned && !status.IsError()) return outputs;
+  throw Failure(kNoModel,
+                model.Name() + ": the model can't tell its outputs: " + (returned ? StatusText(status) : reason));
 }
 
 }  // namespace kelscore

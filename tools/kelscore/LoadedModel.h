@@ -19,7 +19,8 @@ namespace kelscore {
 /// A model that is ready to score, with the factory that keeps the XML platform up.
 class LoadedModel {
  public:
-  /// Creates the model. Tells warnings; throws `Failure` (no model) with file, status and reason.
+  /// Creates the model. Tells warnings on `console`, which must outlive it; throws `Failure` (no model) with file,
+  /// status and reason.
   LoadedModel(const ModelArguments& arguments, Console& console);
 
   [[nodiscard]] KelScoring_20::ScoringModel& Model() const { return *fModel; }
@@ -41,10 +42,11 @@ class LoadedModel {
   void Create();
   void CreateFromStreams();
   void ReadFirstDocument();
-  [[noreturn]] void Fail(const KelCommon_1_3::KelStatus& status, Console& console) const;
+  [[noreturn]] void Fail(const KelCommon_1_3::KelStatus& status) const;
   [[nodiscard]] std::string FailureReason() const;
   [[nodiscard]] std::vector<ModelField> FieldsOfDocuments() const;
 
+  Console& fConsole;
   ModelArguments fArguments;
   std::string fName;
   KelScoring_20::ScoringFactory fFactory;

@@ -49,28 +49,39 @@ FieldKind KindOf(const std::string& name, const std::vector<ModelField>& fields)
   return field == fields.end() ? FieldKind::kText : field->kind;
 }
 
-// A key of a wrong length is kept as it is: it matches nothing.
-KelVecValue<Value> ReadKey(const std::vector<std::string>& key, const std::vector<std::string>& splitFields,
-                           const std::vector<ModelField>& fields) {
-  KelVecValue<Value> values;
+using Key = std::vector<Value>;
+
+// What a key has too much is kept as text: it matches nothing.
+Key ReadKey(const std::vector<std::string>& texts, const std::vector<std::string>& splitFields,
+            const std::vector<ModelField>& fields) {
+  Key key(texts.size());
   std::string scratch;
-  for (std::size_t i = 0; i < key.size(); ++i) {
-    Value value;
+  for (std::size_t i = 0; i < texts.size(); ++i) {
     const FieldKind kind = i < splitFields.size() ? KindOf(splitFields[i], fields) : FieldKind::kText;
-    if (!key[i].empty() && !ReadFieldValue(kind, key[i], value, scratch))
-      throw Failure(kBadUsage, "--split-member: " + Quoted(key[i]) + " is no number, as the field " +
+    if (!texts[i].empty() && !ReadFieldValue(kind, texts[i], key[i], scratch))
+      throw Failure(kBadUsage, "--split-member: " + Quoted(texts[i]) + " is no number, as the field " +
                                    Quoted(splitFields[i]) + " is");
-    values.fValue.push_back(value);
   }
-  return values;
+  return key;
 }
 
-KelSettings DescribeSplit(const ModelArguments& arguments, const std::vector<ModelField>& fields) {
+void WarnOfKey(const SplitMemberArgument& member, std::size_t fieldCount, bool standsTwice, Console& console) {
+  const std::string key = "warning: key " + KeyText(member.key);
+  if (standsTwice) console.Tell(key + " stands twice; " + member.path + " is never used");
+  if (member.key.size() != fieldCount)
+    console.Tell(key + " has " + std::to_string(member.key.size()) + " values for " + std::to_string(fieldCount) +
+                 " split fields; " + member.path + " is never used");
+}
+
+KelSettings DescribeSplit(const ModelArguments& arguments, const std::vector<ModelField>& fields, Console& console) {
   KelSettings description;
   std::vector<std::string> ids;
+  std::set<Key> keys;
   for (const SplitMemberArgument& member : arguments.splitMembers) {
+    const Key key = ReadKey(member.key, arguments.splitFields, fields);
+    WarnOfKey(member, arguments.splitFields.size(), !keys.insert(key).second, console);
     ids.push_back("member " + std::to_string(ids.size() + 1));
-    description.AddSetting(ids.back(), ReadKey(member.key, arguments.splitFields, fields), true);
+    description.AddSetting(ids.back(), KelVecValue<Value>(key), true);
   }
   description.AddSetting(Const::kSettingScoringSplitFields, arguments.splitFields, true);
   description.AddSetting(Const::kSettingScoringSplitModelIDs, ids, true);
@@ -87,31 +98,24 @@ std::vector<Member> FindMembers(const ModelArguments& arguments, const KelSettin
   return members;
 }
 
-void WarnOfMembers(const ModelArguments& arguments, const std::vector<Member>& members, Console& console) {
+void WarnOfIdentifiers(const std::vector<Member>& members, Console& console) {
   std::set<std::string> ids;
-  std::set<std::vector<std::string>> keys;
   for (const Member& member : members) {
-    const bool isSplit = !arguments.splitMembers.empty();
-    if (!isSplit && !ids.insert(member.id).second)
+    if (!ids.insert(member.id).second)
       console.Tell("warning: identifier " + Quoted(member.id) + " stands twice; the outputs of " + member.path +
                    " replace the earlier member's");
-    if (isSplit && !keys.insert(member.key).second)
-      console.Tell("warning: key " + KeyText(member.key) + " stands twice; " + member.path + " is never used");
-    if (isSplit && member.key.size() != arguments.splitFields.size())
-      console.Tell("warning: key " + KeyText(member.key) + " has " + std::to_string(member.key.size()) +
-                   " values for " + std::to_string(arguments.splitFields.size()) + " split fields; " + member.path +
-                   " is never used");
   }
 }
 
-void AddMembers(const ModelArguments& arguments, const std::vector<ModelField>& fields, KelSettings& settings) {
+void AddMembers(const ModelArguments& arguments, const std::vector<ModelField>& fields, KelSettings& settings,
+                Console& console) {
   if (!arguments.members.empty()) {
     std::vector<std::string> ids;
     for (const auto& [id, path] : arguments.members) ids.push_back(id);
     settings.AddSetting(Const::kSettingScoringModelIDs, ids, true);
   }
   if (!arguments.splitMembers.empty())
-    settings.AddSetting(Const::kSettingScoringSplitModel, DescribeSplit(arguments, fields), true);
+    settings.AddSetting(Const::kSettingScoringSplitModel, DescribeSplit(arguments, fields, console), true);
 }
 
 }  // namespace kelscore

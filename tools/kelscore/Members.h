@@ -23,13 +23,13 @@ struct Member {
 [[nodiscard]] std::vector<Member> FindMembers(const ModelArguments& arguments, const KelXML_1_3::KelSettings& settings,
                                               Console& console);
 
-/// Tells of members that the library takes, and that don't do what their maker meant: an identifier or a key that
-/// stands twice, a key that no record can have.
-void WarnOfMembers(const ModelArguments& arguments, const std::vector<Member>& members, Console& console);
+/// Tells of identifiers that stand twice. The library takes them, and the later member's outputs replace the others.
+void WarnOfIdentifiers(const std::vector<Member>& members, Console& console);
 
 /// Writes an ensemble or a split model of the arguments into the settings. Keys become values as the split fields of
-/// a table do. Throws `Failure` (bad usage) for a key that is no value of its field.
+/// a table do. Tells of keys that the library takes, and that never pick their member: one that stands twice, and one
+/// that no record can have. Throws `Failure` (bad usage) for a key that is no value of its field.
 void AddMembers(const ModelArguments& arguments, const std::vector<ModelField>& fields,
-                KelXML_1_3::KelSettings& settings);
+                KelXML_1_3::KelSettings& settings, Console& console);
 
 }  // namespace kelscore

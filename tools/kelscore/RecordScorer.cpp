@@ -1,10 +1,9 @@
 #include "tools/kelscore/RecordScorer.h"
 
-#include <exception>
-#include <new>
 #include <utility>
 
 #include "tools/kelscore/CsvText.h"
+#include "tools/kelscore/PlugInCall.h"
 #include "tools/kelscore/StatusText.h"
 
 namespace kelscore {
@@ -25,18 +24,10 @@ bool RecordScorer::Score(const RowView& row, std::string& reason) {
   if (!fBinding.Fill(row, fIn, reason)) return false;
   // A composite model leaves a member alone that fails, so nothing of the row before may be there.
   fOut.SetAllNull();
-  try {
-    const KelStatus status = fModel.Score(fIn, fOut);
-    if (!status.IsError()) return true;
-    reason = Reason(status);
-  } catch (const std::bad_alloc&) {
-    throw;
-  } catch (const std::exception& error) {
-    reason = std::string("the scorer threw an exception: ") + error.what();
-  } catch (...) {
-    reason = "the scorer threw an exception";
-  }
-  return false;
+  KelStatus status;
+  if (!CallPlugIn([&] { status = fModel.Score(fIn, fOut); }, reason)) return false;
+  if (status.IsError()) reason = Reason(status);
+  return !status.IsError();
 }
 
 std::string RecordScorer::Reason(const KelStatus& status) const {

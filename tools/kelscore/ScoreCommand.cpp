@@ -60,13 +60,14 @@ class ScoreRun {
 
   // Opening the output empties it, so it mustn't be what is still to be read.
   const std::string& CheckedOutput() const {
-    std::vector<std::string> sources = fModel.Paths();
-    sources.insert(sources.end(), {fArguments.input, fArguments.model.settingsFile});
-    for (const std::string& source : sources) {
-      if (IsSameFile(source, fArguments.output))
-        throw Failure(kBadUsage, fArguments.output + ": would be overwritten while it is read");
-    }
-    return fArguments.output;
+    const std::string& output = fArguments.output;
+    std::vector<std::string> documents = fModel.Paths();
+    documents.push_back(fArguments.model.settingsFile);
+    const bool isDocument = std::any_of(documents.begin(), documents.end(),
+                                        [&output](const std::string& path) { return IsSameFile(path, output); });
+    if (output != kStandardStream && (isDocument || fInput.IsSameFile(output)))
+      throw Failure(kBadUsage, output + ": would be overwritten while it is needed");
+    return output;
   }
 
   void TellMissingColumns() {

@@ -125,6 +125,7 @@ ResolvedField FieldScope::AddInput(const MiningField& field) {
   const std::uint32_t slot = fCompiler.NewSlot();
   fInputs.emplace_back(field.name, FieldTreatment(declaration, field, fDocument.pool), slot);
   fInputs.back().isTarget = field.usage == FieldUsage::kTarget;
+  fInputNames.insert(field.name);
   fInputsBySlot.emplace(slot, &declaration);
   return {field.name, declaration.dataType, field.opType.value_or(declaration.opType), slot};
 }
@@ -152,7 +153,10 @@ std::optional<ResolvedField> FieldScope::AddDerivedInput(std::string_view name) 
 std::vector<InputField> FieldScope::TakeInputs() {
   for (const MiningField& field : fSchema.fields) {
     const bool canSpoil = field.invalidTreatment == InvalidTreatment::kReturnInvalid || field.missingReturnsInvalid;
-    if (field.usage == FieldUsage::kActive && canSpoil) (void)fCompiler.Find(field.name, field.element);
+    const bool isDeclared = fDocument.dictionary.Find(field.name) != nullptr;
+    if (field.usage == FieldUsage::kActive && canSpoil && isDeclared && fInputNames.count(field.name) == 0) {
+      (void)AddInput(field);
+    }
   }
   return std::move(fInputs);
 }

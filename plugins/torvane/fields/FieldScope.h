@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "components/keltransform/DataDictionary.h"
@@ -100,6 +101,7 @@ class FieldScope {
   std::unordered_map<std::string, KelTransformNS::ResolvedField> fOutputs;
   std::unordered_map<std::string, Field> fResolved;
   std::vector<InputField> fInputs;
+  std::unordered_set<std::string> fInputNames;
   std::unordered_map<std::uint32_t, const KelTransformNS::FieldDeclaration*> fInputsBySlot;
   std::vector<std::uint32_t> fDerivedSlots;
 };

@@ -17,6 +17,9 @@ FieldTreatment::FieldTreatment(const FieldDeclaration& declaration, const Mining
     : fType(declaration.dataType),
       fInvalidTreatment(field.invalidTreatment),
       fMissingReturnsInvalid(field.missingReturnsInvalid) {
+  if (KelTransformNS::IsText(fType) && !declaration.intervals.empty()) {
+    throw field.element.AttributeError("name", "is a field of texts, but its declaration has intervals");
+  }
   ReadDeclaredValues(declaration, pool);
   ReadReplacements(field, pool);
   ReadOutliers(field);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <numeric>
 #include <string>
+#include <unordered_set>
 
 namespace Torvane {
 namespace {
@@ -43,14 +44,12 @@ std::unique_ptr<RegressionModel> RegressionReader::Read() {
 }
 
 void RegressionReader::ReadTables() {
+  std::unordered_set<std::uint32_t> known;
   for (Element table = fElement.RequiredChild("RegressionTable"); table; table = table.Next("RegressionTable")) {
     fModel->fTables.emplace_back(table, fScope);
     if (!fModel->fIsClassification) continue;
     const std::uint32_t category = fTarget.AddCategory(table, "targetCategory", table.Required("targetCategory"));
-    const auto& known = fModel->fCategories;
-    if (std::find(known.begin(), known.end(), category) != known.end()) {
-      throw table.AttributeError("targetCategory", "has a table already");
-    }
+    if (!known.insert(category).second) throw table.AttributeError("targetCategory", "has a table already");
     fModel->fCategories.push_back(category);
   }
 }
@@ -107,14 +106,35 @@ RegressionReader::Combination RegressionReader::ChooseCombination() const {
     default:
       break;
   }
-  if (fTarget.IsOrdinal()) return Combination::kCumulative;
-  return fModel->fTables.size() == 2 ? Combination::kBinary : ChooseForMany();
+  const std::vector<RegressionTable>& tables = fModel->fTables;
+  if (tables.size() == 2 && (tables[0].IsTrivial() || tables[1].IsTrivial())) return Combination::kBinary;
+  if (!fTarget.IsOrdinal()) return ChooseForMany();
+  CheckCumulative();
+  return Combination::kCumulative;
 }
 
-// For more than two categories without an order the older text applies F to each table. The later one knows the
-// remainder for "none" only; a "logit" then means one table against the rest, whose shares are taken.
+// Only the y of the last value plays no part, so a table that says nothing can't stand for another one.
+void RegressionReader::CheckCumulative() const {
+  const std::vector<std::uint32_t>& categories = fModel->fCategories;
+  if (categories.size() < fTarget.Categories().size()) {
+    throw fElement.Error("needs a RegressionTable for each value of its ordinal target");
+  }
+  Element table = fElement.Child("RegressionTable");
+  for (std::size_t i = 0; i < categories.size(); ++i, table = table.Next("RegressionTable")) {
+    if (fModel->fTables[i].IsTrivial() && categories[i] + 1 < categories.size()) {
+      throw table.Error("is empty, which only that of the last value of an ordinal target may be");
+    }
+  }
+}
+
+// For categories without an order the older text applies F to each table. The later one knows one table for two
+// categories, and for more the remainder for "none" only; a "logit" then means one table against the rest, whose shares
+// are taken.
 RegressionReader::Combination RegressionReader::ChooseForMany() const {
   const bool isClarified = fScope.GetDocument().version >= kClarifiedVersion;
+  if (isClarified && fModel->fTables.size() == 2) {
+    throw fElement.Error("needs an empty RegressionTable for one of its two categories");
+  }
   if (fModel->fMethod == Method::kNone) {
     return isClarified || fModel->fTables.back().IsTrivial() ? Combination::kRemainder : Combination::kEach;
   }

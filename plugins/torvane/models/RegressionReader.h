@@ -23,6 +23,7 @@ class RegressionReader {
   void ReadTables();
   void SortByCategory();
   [[nodiscard]] Combination ChooseCombination() const;
+  void CheckCumulative() const;
   [[nodiscard]] Combination ChooseForMany() const;
 
   Element fElement;

@@ -66,11 +66,21 @@ void TreeModel::Evaluate(const Cell* frame, Prediction& prediction) const noexce
   bool surrogateUsed = false;
   const Test& root = fNodes[0].test;
   if (root.kind != TestKind::kAlways && fPredicates.Evaluate(root, frame, surrogateUsed) != Truth::kTrue) return;
+  const std::uint32_t node = FollowSplits(0, frame);
+  const Node& reached = fNodes[node];
+  if (reached.isInner) return Descend(node, frame, prediction);
+  if (fIsClassification || reached.result == kNoResult) return Conclude(node, 1.0, prediction);
+  prediction.entity = node;
+  prediction.outcome = Outcome::kValue;
+  prediction.number = fScores[reached.result];
+}
+
+// What the usual step doesn't serve: any predicate, any strategy.
+void TreeModel::Descend(std::uint32_t node, const Cell* frame, Prediction& prediction) const noexcept {
   double penalty = 1.0;
-  std::uint32_t node = FollowSplits(0, frame);
   while (fNodes[node].isInner) {
     std::uint32_t child = 0;
-    surrogateUsed = false;
+    bool surrogateUsed = false;
     const Found found = FindChild(node, frame, child, surrogateUsed);
     if (found == Found::kTrue) {
       if (surrogateUsed) penalty *= fPenalty;
@@ -104,15 +114,16 @@ void TreeModel::Evaluate(const Cell* frame, Prediction& prediction) const noexce
 // something else must be looked at: at a leaf, another kind of predicate, or a missing value.
 std::uint32_t TreeModel::FollowSplits(std::uint32_t node, const Cell* frame) const noexcept {
   const Node* const nodes = fNodes.data();
-  while (nodes[node].isSplit) {
-    const Node& first = nodes[node + 1];
-    const Cell& cell = frame[first.test.slot];
+  const Node* at = nodes + node;
+  while (at->isSplit) {
+    const Node* const first = at + 1;
+    const Cell& cell = frame[first->test.slot];
     if (cell.state != Cell::kNumber) break;
-    const bool isBelow = cell.number <= first.test.number;
-    const bool firstTakesBelow = first.test.kind == TestKind::kLessOrEqual;
-    node = isBelow == firstTakesBelow ? node + 1 : first.nextSibling;
+    const bool isBelow = cell.number <= first->test.number;
+    const bool firstTakesBelow = first->test.kind == TestKind::kLessOrEqual;
+    at = isBelow == firstTakesBelow ? first : nodes + first->nextSibling;
   }
-  return node;
+  return static_cast<std::uint32_t>(at - nodes);
 }
 
 // The first child that is true, or the first that is unknown if that comes before; with the strategy "none" an unknown
@@ -175,12 +186,11 @@ void TreeModel::AddDistribution(const Branch& branch, Prediction& prediction) co
 
 // Goes down from a node one of whose children is unknown: a true child alone, or from the first unknown one on all
 // that aren't false, each with its share of the parent's records. `reach` gets the nodes at which this ends, in
-// document order. False if there is none.
+// document order.
 template <typename Reach>
-bool TreeModel::FollowUnknown(std::uint32_t node, double penalty, const Cell* frame, Reach&& reach) const {
+void TreeModel::FollowUnknown(std::uint32_t node, double penalty, const Cell* frame, Reach&& reach) const {
   thread_local std::vector<Branch> branches;  // keeps its memory from record to record
   branches.assign(1, {node, 1.0, penalty});
-  bool reached = false;
   while (!branches.empty()) {
     const Branch branch = branches.back();
     branches.pop_back();
@@ -191,7 +201,6 @@ bool TreeModel::FollowUnknown(std::uint32_t node, double penalty, const Cell* fr
     if (found == Found::kNothing) {
       if (fNodes[branch.node].isInner && !fReturnsLast) continue;
       reach(branch);
-      reached = true;
     } else if (found == Found::kTrue) {
       branches.push_back({child, branch.weight, branch.penalty * (surrogateUsed ? fPenalty : 1.0)});
     } else {
@@ -204,19 +213,29 @@ bool TreeModel::FollowUnknown(std::uint32_t node, double penalty, const Cell* fr
       std::reverse(branches.begin() + static_cast<std::ptrdiff_t>(first), branches.end());
     }
   }
-  return reached;
 }
 
 // confidence[c] = sum over the children that aren't false of confidence_child[c] * records_child / records_parent, and
-// so for the children of the children. A false child is left out, so the sums may stay below 1.
+// so for the children of the children. A false child is left out, so the sums may stay below 1. If they all are 0, no
+// category is better than another.
 void TreeModel::MixConfidences(std::uint32_t node, double penalty, const Cell* frame,
                                Prediction& prediction) const noexcept {
   std::fill_n(prediction.probabilities, fCategoryCount, 0.0);
   std::fill_n(prediction.confidences, fCategoryCount, 0.0);
-  const auto add = [&](const Branch& branch) { AddDistribution(branch, prediction); };
-  if (!FollowUnknown(node, penalty, frame, add)) return;
+  bool leafIsEmpty = false;
+  const auto add = [&](const Branch& branch) {
+    const Node& reached = fNodes[branch.node];
+    leafIsEmpty = leafIsEmpty || (!reached.isInner && reached.result == kNoResult);
+    AddDistribution(branch, prediction);
+  };
+  FollowUnknown(node, penalty, frame, add);
+  const std::uint32_t best = BestCategory(prediction.confidences);
+  if (!(prediction.confidences[best] > 0.0)) {
+    if (leafIsEmpty) prediction.outcome = Outcome::kInvalid;
+    return;
+  }
   prediction.outcome = Outcome::kValue;
-  prediction.category = BestCategory(prediction.confidences);
+  prediction.category = best;
   prediction.entity = node;
   prediction.hasProbabilities = true;
   prediction.hasConfidences = true;
@@ -235,7 +254,7 @@ void TreeModel::AggregateNodes(std::uint32_t node, double penalty, const Cell* f
       total += fEntryCounts[entry];
     }
   };
-  (void)FollowUnknown(node, penalty, frame, add);
+  FollowUnknown(node, penalty, frame, add);
   if (total <= 0.0) return;
   prediction.outcome = Outcome::kValue;
   prediction.category = BestCategory(counts);

@@ -75,13 +75,15 @@ class TreeModel final : public ModelBody {
   };
 
   [[nodiscard]] std::uint32_t FollowSplits(std::uint32_t node, const KelTransformNS::Cell* frame) const noexcept;
+  [[gnu::noinline]] void Descend(std::uint32_t node, const KelTransformNS::Cell* frame,
+                                 Prediction& prediction) const noexcept;
   Found FindChild(std::uint32_t node, const KelTransformNS::Cell* frame, std::uint32_t& child,
                   bool& surrogateUsed) const noexcept;
   void Conclude(std::uint32_t node, double penalty, Prediction& prediction) const noexcept;
   void FillDistribution(std::uint32_t node, double penalty, Prediction& prediction) const noexcept;
   void AddDistribution(const Branch& branch, Prediction& prediction) const noexcept;
   template <typename Reach>
-  bool FollowUnknown(std::uint32_t node, double penalty, const KelTransformNS::Cell* frame, Reach&& reach) const;
+  void FollowUnknown(std::uint32_t node, double penalty, const KelTransformNS::Cell* frame, Reach&& reach) const;
   void MixConfidences(std::uint32_t node, double penalty, const KelTransformNS::Cell* frame,
                       Prediction& prediction) const noexcept;
   void AggregateNodes(std::uint32_t node, double penalty, const KelTransformNS::Cell* frame,

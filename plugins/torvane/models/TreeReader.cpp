@@ -80,6 +80,7 @@ void TreeReader::ReadStrategies() {
   fTree->fMissingStrategy = ReadWord(fElement, "missingValueStrategy", kMissings, Strategy::kNone);
   fTree->fReturnsLast = ReadWord(fElement, "noTrueChildStrategy", kNoTrueChilds, false);
   fTree->fPenalty = ReadShare(fElement, "missingValuePenalty").value_or(1.0);
+  if (fTree->fPenalty > 1.0) throw fElement.AttributeError("missingValuePenalty", "is above 1");
   (void)ReadWord(fElement, "splitCharacteristic", kSplits, 0);
 }
 
@@ -159,7 +160,9 @@ void TreeReader::ReadDistribution(const Element& element) {
 void TreeReader::ReadRecordCount(const Element& element, bool isInner) {
   if (fTree->fMissingStrategy == Strategy::kWeightedConfidence) {
     const double count = element.RequiredNumber("recordCount");
-    if (!(count > 0.0 || (count == 0.0 && !isInner))) throw element.AttributeError("recordCount", "isn't above 0");
+    if (!std::isfinite(count) || count < 0.0 || (isInner && count == 0.0)) {
+      throw element.AttributeError("recordCount", "isn't a number above 0");
+    }
     fTree->fRecordCounts.push_back(count);
   }
   if (fTree->fMissingStrategy != Strategy::kAggregateNodes || isInner) return;
@@ -219,11 +222,15 @@ void TreeReader::AddEntries(const Element& element, bool isInner) {
   tree.fFirstEntry.push_back(static_cast<std::uint32_t>(tree.fEntryCategories.size()));
   if (isInner && !InnerNodesPredict()) return;
   double sum = 0.0;
-  for (const Entry& entry : fEntries) sum += entry.recordCount;
+  bool allGiven = true;
+  for (const Entry& entry : fEntries) {
+    sum += entry.recordCount;
+    allGiven = allGiven && entry.probability;
+  }
   const double records = ReadCount(element) > 0.0 ? ReadCount(element) : sum;
   for (const Entry& entry : fEntries) {
     const double share = records > 0.0 ? entry.recordCount / records : 0.0;
-    const double probability = Probability(entry, sum);
+    const double probability = Probability(entry, allGiven, sum);
     const double confidence = entry.confidence.value_or(records > 0.0 ? share : probability);
     tree.fEntryCategories.push_back(entry.category);
     tree.fProbabilities.push_back(probability);
@@ -233,8 +240,7 @@ void TreeReader::AddEntries(const Element& element, bool isInner) {
   }
 }
 
-double TreeReader::Probability(const Entry& entry, double countSum) const {
-  const bool allGiven = std::all_of(fEntries.begin(), fEntries.end(), [](const Entry& e) { return e.probability; });
+double TreeReader::Probability(const Entry& entry, bool allGiven, double countSum) {
   if (allGiven) return *entry.probability;
   if (countSum > 0.0) return entry.recordCount / countSum;
   return entry.probability.value_or(entry.confidence.value_or(0.0));
@@ -278,6 +284,7 @@ void TreeReader::Shrink() {
   tree.fConfidences.shrink_to_fit();
   tree.fEntryCounts.shrink_to_fit();
   tree.fRecordCounts.shrink_to_fit();
+  tree.fDefaultChildren.shrink_to_fit();
 }
 
 }  // namespace Torvane

@@ -48,7 +48,7 @@ class TreeReader {
   void FindDefaultChild(const OpenNode& open);
   [[nodiscard]] std::uint32_t AddScore(const Element& element, std::string_view what, std::string_view text);
   [[nodiscard]] std::uint32_t BestEntry() const;
-  [[nodiscard]] double Probability(const Entry& entry, double countSum) const;
+  [[nodiscard]] static double Probability(const Entry& entry, bool allGiven, double countSum);
   [[nodiscard]] bool InnerNodesPredict() const;
   void Shrink();
 

@@ -76,7 +76,7 @@ Element FindExpression(const Element& outputField) {
 }  // namespace
 
 OutputTable::OutputTable(FieldScope& scope, const Target& target, const ModelBody& body, const Element& model)
-    : fTarget(target), fBody(body) {
+    : fPool(scope.Pool()), fTarget(target), fBody(body) {
   AddVocabulary(scope.Pool());
   const Element element = model.Child("Output");
   RefuseUnknownChildren(element, {"OutputField"});
@@ -184,7 +184,7 @@ void OutputTable::ReadResidual(FieldScope& scope, const Element& element, Output
 
 // Categories are shown in the type of the target if nothing else is asked for, their display values are texts. What
 // can't be converted is shown as null.
-void OutputTable::ChooseType(TextPool& pool, std::optional<DataType> type, Output& output) const {
+void OutputTable::ChooseType(TextPool& pool, std::optional<DataType> type, Output& output) {
   const bool isDisplay = output.feature == Feature::kPredictedDisplayValue;
   output.type = type.value_or(DataType::kDouble);
   if (output.feature == Feature::kEntityId) output.type = type.value_or(DataType::kString);
@@ -195,12 +195,18 @@ void OutputTable::ChooseType(TextPool& pool, std::optional<DataType> type, Outpu
     return;
   }
   output.type = type.value_or(isDisplay ? DataType::kString : fTarget.Type());
+  output.byCategory = &Shown(pool, isDisplay, output.type);
+}
+
+const std::vector<Cell>& OutputTable::Shown(TextPool& pool, bool isDisplay, DataType type) {
+  const auto [place, isNew] = fShown.try_emplace({isDisplay, type});
+  if (!isNew) return place->second;
+  const bool isAsItIs = !isDisplay && type == fTarget.Type();
   for (const Category& category : fTarget.Categories()) {
-    const std::string& shown = isDisplay ? category.displayValue : category.text;
-    const bool isAsItIs = !isDisplay && output.type == fTarget.Type();
-    output.byCategory.push_back(isAsItIs ? category.cell
-                                         : FindComparand(shown, output.type, pool).value_or(Cell::Invalid()));
+    const std::string& text = isDisplay ? category.displayValue : category.text;
+    place->second.push_back(isAsItIs ? category.cell : FindComparand(text, type, pool).value_or(Cell::Invalid()));
   }
+  return place->second;
 }
 
 void OutputTable::AddToScope(FieldScope& scope, Output& output) {
@@ -227,8 +233,11 @@ void OutputTable::Place(Output output, const Element& element) {
   }
   Output& vocabulary = fOutputs[known->second];
   if (vocabulary.isDeclared) throw element.AttributeError("name", "stands there twice");
-  if (output.key.Name() == Const::kOutputPrediction || output.key.Name() == Const::kOutputProbability) return;
-  vocabulary = std::move(output);
+  if (output.key.Name() == Const::kOutputPrediction || output.key.Name() == Const::kOutputProbability) {
+    fHidden.push_back(std::move(output));
+  } else {
+    vocabulary = std::move(output);
+  }
 }
 
 bool OutputTable::NeedsDistribution(const Output& output) const noexcept {
@@ -236,12 +245,17 @@ bool OutputTable::NeedsDistribution(const Output& output) const noexcept {
 }
 
 void OutputTable::RunExpressions(KelTransformNS::Frame frame, const Prediction& prediction) const noexcept {
-  for (const Output& output : fOutputs) {
-    if (output.feature != Feature::kExpression && output.slot != Prediction::kNone) {
-      frame[output.slot] = CellOf(output, frame.data(), prediction);
-    }
-  }
+  PutIntoFrame(fOutputs, frame, prediction);
+  PutIntoFrame(fHidden, frame, prediction);
   fProgram.Run(frame);
+}
+
+void OutputTable::PutIntoFrame(const std::vector<Output>& outputs, KelTransformNS::Frame frame,
+                               const Prediction& prediction) const noexcept {
+  for (const Output& output : outputs) {
+    if (output.feature == Feature::kExpression || output.slot == Prediction::kNone) continue;
+    frame[output.slot] = CellOf(output, frame.data(), prediction);
+  }
 }
 
 Cell OutputTable::CellOf(const Output& output, const Cell* frame, const Prediction& prediction) const noexcept {
@@ -252,8 +266,8 @@ Cell OutputTable::CellOf(const Output& output, const Cell* frame, const Predicti
   switch (output.feature) {
     case Feature::kPredictedValue:
     case Feature::kPredictedDisplayValue:
-      return output.byCategory.empty() ? Converted(prediction.number, output.type)
-                                       : output.byCategory[prediction.category];
+      return output.byCategory == nullptr ? Converted(prediction.number, output.type)
+                                          : (*output.byCategory)[prediction.category];
     case Feature::kProbability:
       return prediction.hasProbabilities ? Converted(prediction.probabilities[category], output.type) : Cell::Missing();
     case Feature::kConfidence:
@@ -261,10 +275,18 @@ Cell OutputTable::CellOf(const Output& output, const Cell* frame, const Predicti
     case Feature::kResidual:
       return Residual(output, frame, prediction);
     case Feature::kEntityId:
-      return prediction.entity < fEntities.size() ? fEntities[prediction.entity] : Cell::Missing();
+      return prediction.entity == Prediction::kNone ? Cell::Missing() : EntityCell(output, prediction.entity);
     default:
       return Cell::Missing();
   }
+}
+
+// Identifiers are texts. One that is asked for as another type is converted each time: that is rare.
+Cell OutputTable::EntityCell(const Output& output, std::uint32_t entity) const {
+  if (output.type == DataType::kString) return fEntities[entity];
+  thread_local Value id;
+  fBody.WriteEntity(entity, id);
+  return KelTransformNS::ReadCell(id, output.type, fPool);
 }
 
 // Of a number: the true value minus the predicted one. Of a category: 1 or 0, as the true value is it or not, minus
@@ -289,7 +311,7 @@ void OutputTable::Write(const Output& output, const Cell* frame, const Predictio
     return;
   }
   if (output.feature == Feature::kAllProbabilities) return WriteProbabilities(prediction, value);
-  if (output.feature == Feature::kEntityId) {
+  if (output.feature == Feature::kEntityId && output.type == DataType::kString) {
     const bool isKnown = prediction.outcome == Outcome::kValue && prediction.entity != Prediction::kNone;
     return isKnown ? fBody.WriteEntity(prediction.entity, value) : value.SetNull();
   }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -37,11 +38,11 @@ struct Output {
   KelCommon_1_3::FieldKey key;  ///< the name
   Feature feature = Feature::kNothing;
   KelTransformNS::DataType type = KelTransformNS::DataType::kDouble;
-  std::uint32_t category = Prediction::kNone;    ///< the category that is asked for; none: the predicted one
-  std::vector<KelTransformNS::Cell> byCategory;  ///< what is shown for each category, converted to the type
-  bool isPlainNumber = false;                    ///< the predicted number as it is, which needs no conversion
-  bool isDeclared = false;                       ///< it is an "OutputField" of the document
-  std::uint32_t slot = Prediction::kNone;        ///< where expressions find it, or where an expression leaves it
+  std::uint32_t category = Prediction::kNone;  ///< the category that is asked for; none: the predicted one
+  const std::vector<KelTransformNS::Cell>* byCategory = nullptr;  ///< what is shown for each category; none: a number
+  bool isPlainNumber = false;              ///< the predicted number as it is, which needs no conversion
+  bool isDeclared = false;                 ///< it is an "OutputField" of the document
+  std::uint32_t slot = Prediction::kNone;  ///< where expressions find it, or where an expression leaves it
 };
 
 /// All outputs of a model: those of the vocabulary that the model can give, then the document's "OutputField"s.
@@ -78,7 +79,9 @@ class OutputTable {
   void ReadCategory(const Element& element, Output& output) const;
   void ReadResidual(FieldScope& scope, const Element& element, Output& output);
   void CheckAttributes(const Element& element, Feature feature) const;
-  void ChooseType(KelTransformNS::TextPool& pool, std::optional<KelTransformNS::DataType> type, Output& output) const;
+  void ChooseType(KelTransformNS::TextPool& pool, std::optional<KelTransformNS::DataType> type, Output& output);
+  const std::vector<KelTransformNS::Cell>& Shown(KelTransformNS::TextPool& pool, bool isDisplay,
+                                                 KelTransformNS::DataType type);
   void AddToScope(FieldScope& scope, Output& output);
   void InternEntities(KelTransformNS::TextPool& pool);
   void Place(Output output, const Element& element);
@@ -86,12 +89,19 @@ class OutputTable {
                                             const Prediction& prediction) const noexcept;
   [[nodiscard]] KelTransformNS::Cell Residual(const Output& output, const KelTransformNS::Cell* frame,
                                               const Prediction& prediction) const noexcept;
+  [[nodiscard]] KelTransformNS::Cell EntityCell(const Output& output, std::uint32_t entity) const;
+  void PutIntoFrame(const std::vector<Output>& outputs, KelTransformNS::Frame frame,
+                    const Prediction& prediction) const noexcept;
   void WriteProbabilities(const Prediction& prediction, KelCommon_1_3::Value& value) const;
   void FillNames(KelCommon_1_3::ValueRecord& members) const;
 
+  const KelTransformNS::TextPool& fPool;
   const Target& fTarget;
   const ModelBody& fBody;
+  // What is shown for each category, as predicted or as display value, in a data type; shared by the outputs.
+  std::map<std::pair<bool, KelTransformNS::DataType>, std::vector<KelTransformNS::Cell>> fShown;
   std::vector<Output> fOutputs;
+  std::vector<Output> fHidden;  // fields of the document whose names the vocabulary keeps; expressions still see them
   std::unordered_map<std::string, std::size_t> fByName;
   bool fHasExpressions = false;
   bool fHasDistributions = false;

@@ -157,7 +157,7 @@ std::optional<std::uint32_t> Target::FindCategory(std::string_view text) const {
   return cell ? FindCategory(*cell) : std::nullopt;
 }
 
-void Target::Finish(Prediction& prediction) const noexcept {
+void Target::FinishRare(Prediction& prediction) const noexcept {
   if (fFunction == MiningFunction::kRegression) {
     if (prediction.outcome == Outcome::kValue && std::isnan(prediction.number)) prediction.outcome = Outcome::kInvalid;
     if (prediction.outcome == Outcome::kValue && fAdjusts) prediction.number = Adjust(prediction.number);

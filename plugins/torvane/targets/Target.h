@@ -47,7 +47,10 @@ class Target {
   [[nodiscard]] std::optional<std::uint32_t> FindCategory(std::string_view text) const;
 
   /// Applies defaults, limits, scaling and rounding to what the model's body gave.
-  void Finish(Prediction& prediction) const noexcept;
+  void Finish(Prediction& prediction) const noexcept {
+    const bool isDone = prediction.outcome == Outcome::kValue && !fAdjusts && prediction.number == prediction.number;
+    if (!isDone) FinishRare(prediction);
+  }
 
  private:
   enum class CastInteger { kNone, kRound, kCeiling, kFloor };
@@ -60,6 +63,7 @@ class Target {
   void CheckPriors(const Element& target) const;
   std::uint32_t AddCategory(const KelTransformNS::Cell& cell);
   [[nodiscard]] std::optional<std::uint32_t> FindCategory(const KelTransformNS::Cell& cell) const;
+  void FinishRare(Prediction& prediction) const noexcept;
   [[nodiscard]] double Adjust(double number) const noexcept;
   void PredictFromPriors(Prediction& prediction) const noexcept;
 

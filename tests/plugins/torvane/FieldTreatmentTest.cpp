@@ -121,6 +121,15 @@ TEST(SupplementaryField, InvalidValue_SpoilsNothing) {
   EXPECT_EQ(Load(document).Predict({{"x", 1.0}, {"s", "unknown"}}).GetReal(), 1.0);
 }
 
+TEST(TextField, IntervalsOfTexts_AreRefused) {
+  Document document = Identity("x");
+  document.dictionary = R"(<DataField name="x" optype="continuous" dataType="double"/>
+      <DataField name="s" optype="categorical" dataType="string"><Interval closure="openOpen" leftMargin="0"/></DataField>
+      <DataField name="t" optype="continuous" dataType="double"/>)";
+  document.schema = R"(<MiningField name="x"/><MiningField name="s"/>)";
+  EXPECT_NE(ReasonOf(document).find("has intervals"), std::string::npos) << ReasonOf(document);
+}
+
 // --- Derived fields ---
 
 const char* const kDictionary = R"(<TransformationDictionary>

@@ -148,6 +148,23 @@ TEST(Expression, MayReferToFieldsAndToOutputsBeforeIt) {
   EXPECT_EQ(Number(out, "advice"), 1.0);
 }
 
+// Names that the vocabulary keeps for itself were once read before they were written.
+TEST(Expression, MayReferToAFieldWhoseNameTheVocabularyKeeps) {
+  const auto out = Load(Leaf(R"(<OutputField name="probability" feature="probability" value="yes"/>
+      <OutputField name="copy"><FieldRef field="probability"/></OutputField>)"))
+                       .Score({});
+  EXPECT_EQ(Number(out, "copy"), 0.25);
+}
+
+TEST(Expression, EntityAsANumber_IsOne) {
+  Document document = Leaf(R"(<OutputField name="e" feature="entityId" dataType="integer"/>
+      <OutputField name="copy" dataType="double"><FieldRef field="e"/></OutputField>)");
+  document.body.replace(document.body.find("\"leaf\""), 6, "\"17\"");
+  const auto out = Load(document).Score({});
+  EXPECT_EQ(Number(out, "e"), 17.0);
+  EXPECT_EQ(Number(out, "copy"), 17.0);
+}
+
 TEST(Expression, OutputWithTheNameOfAnInput_LeavesTheInputInPlace) {
   const auto out = Load(Leaf(R"(<OutputField name="x" feature="probability"/>
       <OutputField name="copy"><FieldRef field="x"/></OutputField>)"))

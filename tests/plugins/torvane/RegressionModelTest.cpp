@@ -174,6 +174,31 @@ TEST(Classification, ManyCategories_FollowTheTextOfTheVersion) {
   EXPECT_NEAR(Probability(shares, "maybe"), Logistic(0.5) / sum, 1e-15);
 }
 
+TEST(Classification, TwoTablesWithPredictors_SpeakForThemselves) {
+  const auto out = Load(Classification(Table("yes", "0.25") + Table("no", "0.5"), "logit")).Score({{"x", 0.0}});
+  EXPECT_NEAR(Probability(out, "yes"), Logistic(0.25), 1e-15);
+  EXPECT_NEAR(Probability(out, "no"), Logistic(0.5), 1e-15);
+}
+
+Document Ordinal(const std::string& tables, const std::string& values = R"(<Value value="low"/><Value value="mid"/>)") {
+  Document document = Classification(tables, "logit");
+  document.dictionary = R"(<DataField name="x" optype="continuous" dataType="double"/>
+      <DataField name="y" optype="ordinal" dataType="string">)" +
+                        values + "</DataField>";
+  document.schema = R"(<MiningField name="x"/>)";
+  return document;
+}
+
+TEST(Classification, OrdinalTargetOfTwoValues_EitherTableMayBeTheTrivialOne) {
+  for (const std::string& tables : {Table("low", "") + Table("mid", "0.25"), Table("mid", "0.25") + Table("low", "")}) {
+    const auto out = Load(Ordinal(tables)).Score({{"x", 0.125}});
+    EXPECT_NEAR(Probability(out, "mid"), Logistic(0.375), 1e-15);
+    EXPECT_NEAR(Probability(out, "low"), 1.0 - Logistic(0.375), 1e-15);
+  }
+  const auto out = Load(Ordinal(Table("low", "0.25") + Table("mid", "7"))).Score({{"x", 0.125}});
+  EXPECT_NEAR(Probability(out, "low"), Logistic(0.375), 1e-15);
+}
+
 TEST(Classification, OrdinalTarget_TakesDifferencesAlongTheOrderOfTheValues) {
   for (const MethodCase& method : kMethods) {
     if (method.inverse == Exp || method.name == std::string("softmax")) continue;
@@ -203,6 +228,8 @@ TEST(Classification, MissingNumber_GivesNoResultAtAll) {
   EXPECT_EQ(Shown(out, "probability"), "null");
   EXPECT_TRUE(out.At(out.IndexOf("probcategory")).Members()->At(0).IsNull());
 }
+
+const char* const kThreeValues = R"(<Value value="low"/><Value value="mid"/><Value value="high"/>)";
 
 struct RefusalCase {
   const char* name;
@@ -255,6 +282,12 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"table_twice", Classification(Table("no", "1") + Table("no", ""), "logit"), "has a table already"},
         RefusalCase{"exp_of_categories", Classification(Table("yes", "1") + Table("no", ""), "exp", "4.3"),
                     "no probabilities"},
+        RefusalCase{"two_full_tables", Classification(Table("yes", "1") + Table("no", "1"), "logit", "4.3"),
+                    "an empty RegressionTable"},
+        RefusalCase{"ordinal_value_without_table", Ordinal(Table("low", "1") + Table("mid", "2"), kThreeValues),
+                    "for each value"},
+        RefusalCase{"ordinal_empty_table_in_front",
+                    Ordinal(Table("low", "") + Table("mid", "1") + Table("high", "2"), kThreeValues), "is empty"},
         RefusalCase{"probit_of_many",
                     Classification(Table("yes", "1") + Table("no", "1") + Table("maybe", ""), "probit", "4.3"),
                     "ordinal"}),

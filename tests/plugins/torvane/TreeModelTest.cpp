@@ -237,6 +237,21 @@ TEST(TreeModel, LeafWithoutScoreAndDistribution_GivesNothing) {
   EXPECT_TRUE(scorer.Predict({}).IsNull());
 }
 
+// Leaves that say nothing make the result invalid, leaves without records leave it open; then the priors step in.
+TEST(TreeModel, WeightedConfidenceOfLeavesWithoutWeight_PredictsNoCategory) {
+  const auto predict = [](const std::string& leaf) {
+    const std::string nodes = R"(<Targets><Target field="y"><TargetValue value="maybe" priorProbability="1"/></Target>
+        </Targets><Node recordCount="2"><True/><Node )" +
+                              leaf + R"(><SimplePredicate field="x" operator="lessThan" value="1"/></Node><Node )" +
+                              leaf +
+                              R"(><SimplePredicate field="x" operator="greaterOrEqual" value="1"/></Node></Node>)";
+    return Shown(Load(Tree(nodes, R"(missingValueStrategy="weightedConfidence")")).Score({}), "prediction");
+  };
+  EXPECT_EQ(predict(R"(score="no" recordCount="1")"), "no");
+  EXPECT_EQ(predict(R"(score="no" recordCount="0")"), "maybe");
+  EXPECT_EQ(predict(R"(recordCount="1")"), "null");
+}
+
 TEST(TreeModel, UnknownChildBeforeATrueOne_IsActedUponAtOnce) {
   const std::string nodes = R"(<Node score="maybe"><True/>
       <Node score="yes"><SimplePredicate field="x" operator="lessThan" value="1"/></Node>
@@ -389,7 +404,7 @@ INSTANTIATE_TEST_SUITE_P(
                     "lastPrediction, nullPrediction"},
         RefusalCase{"no_true_child", Tree(Leaf(R"(score="yes")", ""), R"(noTrueChildStrategy="x")"),
                     "returnNullPrediction, returnLastPrediction"},
-        RefusalCase{"penalty", Tree(Leaf(R"(score="yes")", ""), R"(missingValuePenalty="-1")"), "missingValuePenalty"},
+        RefusalCase{"penalty", Tree(Leaf(R"(score="yes")", ""), R"(missingValuePenalty="1.5")"), "missingValuePenalty"},
         RefusalCase{"record_count",
                     Tree(Leaf(R"(score="yes")", R"(<ScoreDistribution value="yes" recordCount="-2"/>)")),
                     "recordCount"},
@@ -406,6 +421,15 @@ INSTANTIATE_TEST_SUITE_P(
                              .attributes = R"(missingValueStrategy="aggregateNodes")",
                              .body = Leaf(R"(score="1")", "")},
                     "no meaning for a regression"},
+        RefusalCase{"no_category",
+                    Document{.body = Leaf("", ""),
+                             .schema = "",
+                             .dictionary = R"(<DataField name="y" optype="categorical" dataType="string"/>)"},
+                    "names no category"},
+        RefusalCase{"infinite_weight",
+                    Tree(R"(<Node score="yes" recordCount="INF"><True/></Node>)",
+                         R"(missingValueStrategy="weightedConfidence")"),
+                    "recordCount"},
         RefusalCase{"text_as_number", Document{.function = "regression", .body = Leaf(R"(score="high")", "")},
                     "is no number"},
         RefusalCase{"unknown_field", Tree(Splitting(R"(<SimplePredicate field="q" operator="equal" value="1"/>)")),

@@ -221,6 +221,10 @@ TEST(BadComposite, AnyOfThem_IsRefusedOrWarnedOf) {
        {"--split-field", "contract", "--split-member", "monthly=" + good, "--split-member", "monthly=" + good},
        kSuccess,
        "warning: key \"monthly\" stands twice"},
+      {"key twice as a number",
+       {"--split-field", "tenure", "--split-member", "5=" + good, "--split-member", "5.0=" + good},
+       kSuccess,
+       "warning: key \"5.0\" stands twice"},
       {"key of a wrong length",
        {"--split-field", "contract", "--split-member", "monthly=" + good, "--split-member", "yearly,5=" + good},
        kSuccess,
@@ -397,8 +401,11 @@ TEST(BadOutput, FileThatIsRead_IsNotOverwritten) {
   for (const std::string& output : {table, model, folder.PathOf("./data.csv")}) {
     const Outcome run = RunKelscore({"score", model, table, "-o", output});
     EXPECT_EQ(run.status, kBadUsage);
-    EXPECT_THAT(run.err, HasSubstr("would be overwritten while it is read"));
+    EXPECT_THAT(run.err, HasSubstr("would be overwritten while it is needed"));
   }
+  const Outcome byStandardInput = RunKelscore({"score", model, "-", "-o", folder.PathOf("in")}, kRows, folder);
+  EXPECT_EQ(byStandardInput.status, kBadUsage);
+  EXPECT_EQ(ReadFile(folder.PathOf("in")), kRows);
   EXPECT_EQ(ReadFile(table), kRows);
   EXPECT_EQ(ReadFile(model), Churn());
 }

@@ -56,7 +56,11 @@ std::string ReadFile(const std::string& path) {
 }
 
 Outcome RunKelscore(const std::vector<std::string>& arguments, const std::string& input, OutputKind outputKind) {
-  const TestFolder folder;
+  return RunKelscore(arguments, input, TestFolder(), outputKind);
+}
+
+Outcome RunKelscore(const std::vector<std::string>& arguments, const std::string& input, const TestFolder& folder,
+                    OutputKind outputKind) {
   folder.Write("in", input);
   const pid_t child = ::fork();
   if (child == 0) RunChild(arguments, folder, outputKind);

@@ -37,6 +37,9 @@ enum class OutputKind { kCollected, kFullDisk, kClosedPipe };
 /// Runs the built `kelscore` with these arguments and this standard input.
 [[nodiscard]] Outcome RunKelscore(const std::vector<std::string>& arguments, const std::string& input = "",
                                   OutputKind outputKind = OutputKind::kCollected);
+/// The same with standard input in the file "in" of a folder that stays.
+[[nodiscard]] Outcome RunKelscore(const std::vector<std::string>& arguments, const std::string& input,
+                                  const TestFolder& folder, OutputKind outputKind = OutputKind::kCollected);
 
 /// The path of a file in `examples`.
 [[nodiscard]] std::string Example(const std::string& name);

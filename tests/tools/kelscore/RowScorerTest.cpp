@@ -84,7 +84,7 @@ TEST(RowScorer, SkippedRows_KeepTheirPlaceWithEmptyOutputs) {
 TEST(RowScorer, ErrorColumn_HoldsTheReason) {
   const ScoredBatch result =
       Score(Rows({{"a", "1"}, {"b", "14"}}), {.delimiter = ',', .writeErrors = true, .stopOnError = false});
-  EXPECT_EQ(result.text, "a,1,2,\nb,14,,the scorer threw an exception: boom\n");
+  EXPECT_EQ(result.text, "a,1,2,\nb,14,,the plug-in threw an exception: boom\n");
 }
 
 TEST(RowScorer, OutputThatAModelLeavesAlone_IsEmptyNotStale) {
