@@ -18,6 +18,9 @@ std::string NotOfType(DataType type) { return "is no value of the type " + std::
 
 bool IsNumeric(DataType type) { return !IsText(type); }
 
+// Longer texts of constants are made anew for each record, so that a short document can't fill the memory with them.
+constexpr std::size_t kMaxFoldedText = 256;
+
 std::unique_ptr<Tables> EmptyTables(const TextPool& pool) {
   auto tables = std::make_unique<Tables>();
   tables->pool = &pool;
@@ -53,7 +56,7 @@ CompiledValue CodeBuilder::Emit(OpCode operation, const std::vector<Operand>& op
   instruction.data = data;
   const auto isConstant = [](const Operand& operand) { return operand.IsConstant(); };
   if (!operands.empty() && std::all_of(operands.begin(), operands.end(), isConstant)) {
-    return Fold(instruction, operands, type);
+    if (const auto constant = Fold(instruction, operands, type)) return *constant;
   }
   if (operation == OpCode::kMakeText) fPool.SetHasMadeTexts();
   return Append(instruction, operands, type);
@@ -68,10 +71,14 @@ CompiledValue CodeBuilder::Append(Instruction instruction, const std::vector<Ope
   return {Operand::Slot(instruction.result), type};
 }
 
-CompiledValue CodeBuilder::Fold(const Instruction& instruction, const std::vector<Operand>& operands, DataType type) {
+std::optional<CompiledValue> CodeBuilder::Fold(const Instruction& instruction, const std::vector<Operand>& operands,
+                                               DataType type) {
   const TextScope texts;
   const Operands constants(operands.data(), operands.size(), nullptr, fTables->constants.data());
-  return Constant(Kept(Execute(instruction, constants, *fTables)), type);
+  const Cell result = Execute(instruction, constants, *fTables);
+  const bool isMade = instruction.operation == OpCode::kMakeText && result.state == Cell::kText;
+  if (isMade && result.text->size() > kMaxFoldedText) return std::nullopt;
+  return Constant(Kept(result), type);
 }
 
 Cell CodeBuilder::Kept(const Cell& cell) {

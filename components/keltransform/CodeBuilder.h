@@ -47,7 +47,9 @@ class CodeBuilder {
 
  private:
   CompiledValue Append(Instruction instruction, const std::vector<Operand>& operands, DataType type);
-  CompiledValue Fold(const Instruction& instruction, const std::vector<Operand>& operands, DataType type);
+  /// The result of constants; nothing if it is a text that the program had better make than keep.
+  std::optional<CompiledValue> Fold(const Instruction& instruction, const std::vector<Operand>& operands,
+                                    DataType type);
   /// A cell that outlives the texts that were made for it.
   Cell Kept(const Cell& cell);
   Cell ConvertedConstant(const Cell& cell, DataType from, DataType to, const KelXML_1_3::Element& element);

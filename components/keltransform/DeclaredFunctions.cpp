@@ -33,7 +33,7 @@ DeclaredFunction ReadFunction(const Element& element, std::size_t visibleDiction
 
 }  // namespace
 
-void DeclaredFunctions::Declare(const Element& dictionary) {
+DeclaredFunctions::Scope DeclaredFunctions::Read(const Element& dictionary) const {
   const std::string_view kind = "DefineFunction";
   Scope scope;
   for (Element child = dictionary.Child(kind); child; child = child.Next(kind)) {
@@ -41,8 +41,10 @@ void DeclaredFunctions::Declare(const Element& dictionary) {
     const bool isNew = scope.emplace(function.name, std::move(function)).second;
     if (!isNew) throw child.AttributeError("name", "stands in the dictionary twice");
   }
-  fScopes.push_back(std::move(scope));
+  return scope;
 }
+
+void DeclaredFunctions::Declare(Scope scope) { fScopes.push_back(std::move(scope)); }
 
 const DeclaredFunction* DeclaredFunctions::Find(std::string_view name, std::size_t dictionaries) const {
   while (dictionaries-- > 0) {

@@ -27,17 +27,19 @@ struct DeclaredFunction {
 /// The functions of the dictionaries that were declared so far, one scope inside the other.
 class DeclaredFunctions {
  public:
-  /// The "DefineFunction" children of a dictionary become the innermost scope. Throws `PmmlError` for a malformed one,
-  /// or two of one name, and then declares nothing.
-  void Declare(const KelXML_1_3::Element& dictionary);
+  using Scope = std::unordered_map<std::string_view, DeclaredFunction, NameHash>;
+
+  /// The "DefineFunction" children of the dictionary that will be declared next. Throws `PmmlError` for a malformed
+  /// one, or two of one name.
+  [[nodiscard]] Scope Read(const KelXML_1_3::Element& dictionary) const;
+  /// Makes them the innermost scope.
+  void Declare(Scope scope);
 
   /// The function of that name in the innermost of the first `dictionaries` that has one; null if none has. It lives as
   /// long as this object.
   [[nodiscard]] const DeclaredFunction* Find(std::string_view name, std::size_t dictionaries) const;
 
  private:
-  using Scope = std::unordered_map<std::string_view, DeclaredFunction, NameHash>;
-
   std::deque<Scope> fScopes;  // their functions keep their addresses
 };
 

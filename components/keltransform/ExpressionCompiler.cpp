@@ -171,8 +171,9 @@ ExpressionCompiler::~ExpressionCompiler() = default;
 
 void ExpressionCompiler::DeclareDerivedFields(const Element& dictionary) {
   if (!dictionary) return;
+  DeclaredFunctions::Scope functions = fImpl->functions.declared.Read(dictionary);
   fImpl->declared.Declare(dictionary);
-  fImpl->functions.declared.Declare(dictionary);
+  fImpl->functions.declared.Declare(std::move(functions));
 }
 
 std::vector<std::string> ExpressionCompiler::DerivedFieldNames() const {

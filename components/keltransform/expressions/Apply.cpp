@@ -220,7 +220,8 @@ class CallCompiler {
         fCode.Emit(function.operation, OperandsOf(call.arguments),
                    static_cast<std::uint32_t>(&function - AllFunctions().data()), ResultType(function, call.arguments));
     if (function.yields == Yields::kQuotient && IsWholeQuotient(call)) return Truncated(value);
-    return value.type == DataType::kFloat ? fCode.Emit(OpCode::kRoundToFloat, {value.operand}, 0, value.type) : value;
+    const bool isRounded = value.type != DataType::kFloat || function.yields == Yields::kAlike;
+    return isRounded ? value : fCode.Emit(OpCode::kRoundToFloat, {value.operand}, 0, value.type);
   }
 
   // Integers are divided as real numbers, unless the result is declared as an integer: then the fraction is dropped.
