@@ -48,6 +48,11 @@ const char* KelStatus::GetMessage(long code) noexcept {
       return "a split field is missing in the input record";
     case Const::kStreamsWithoutModelIDs:
       return "not exactly one stream is given, without scoring_modelIDs or scoring_splitModel in the settings";
+    // Of the default plug-in.
+    case 270001:
+      return "the input record lacks a derived field that the library was to compute";
+    case 270002:
+      return "there was not enough memory to score the record";
     default:
       return "unknown status code";
   }

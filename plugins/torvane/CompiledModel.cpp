@@ -50,7 +50,7 @@ std::unique_ptr<const CompiledModel> CompiledModel::Build(const Element& model, 
   return compiled;
 }
 
-void CompiledModel::Evaluate(KelTransformNS::Frame frame, Prediction& prediction) const noexcept {
+void CompiledModel::Evaluate(KelTransformNS::Frame frame, Prediction& prediction) const {
   if (fHasDerived) {
     fDerived.Run(frame);
     if (HasInvalidField(frame.data())) {

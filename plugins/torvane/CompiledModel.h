@@ -29,7 +29,7 @@ class CompiledModel {
   [[nodiscard]] std::uint32_t CategoryCount() const noexcept { return fCategoryCount; }
 
   /// Evaluates a frame whose input slots are filled. `prediction` has its arrays, and what is wanted, set.
-  void Evaluate(KelTransformNS::Frame frame, Prediction& prediction) const noexcept;
+  void Evaluate(KelTransformNS::Frame frame, Prediction& prediction) const;
 
  private:
   CompiledModel() = default;

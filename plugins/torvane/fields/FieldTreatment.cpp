@@ -28,7 +28,7 @@ FieldTreatment::FieldTreatment(const FieldDeclaration& declaration, const Mining
 void FieldTreatment::ReadDeclaredValues(const FieldDeclaration& declaration, TextPool& pool) {
   using Declared = FieldDeclaration::DeclaredValue;
   for (const Declared& declared : declaration.values) {
-    if (declared.property == Declared::kMissing) fMissingTexts.push_back(declared.value);
+    if (declared.property == Declared::kMissing) fMissingMarks.Add(pool.Intern(declared.value));
     if (declared.property == Declared::kValid) fIsRestricted = true;
     // What isn't of the type can equal no value of it, so it needs no place in a set.
     const std::optional<Cell> literal = FindComparand(declared.value, fType, pool);
@@ -39,6 +39,7 @@ void FieldTreatment::ReadDeclaredValues(const FieldDeclaration& declaration, Tex
     values.Add(*literal);
   }
   for (ValueSet* values : {&fMissing, &fInvalid, &fValid}) values->Seal();
+  fMissingMarks.Seal();
   fIntervals = declaration.intervals;
   fIsRestricted = fIsRestricted || !fIntervals.empty();
 }
@@ -81,17 +82,18 @@ bool FieldTreatment::PassesNumbers() const noexcept {
 }
 
 Cell FieldTreatment::Treat(const Value& value, const TextPool& pool) const noexcept {
-  if (IsDeclaredMissing(value)) return TreatMissing();
   const Cell cell = KelTransformNS::ReadCell(value, fType, pool);
-  if (cell.IsMissing() || (!cell.IsInvalid() && fMissing.Contains(cell))) return TreatMissing();
+  if (cell.IsMissing() || IsDeclaredMissing(value, cell, pool)) return TreatMissing();
   if (!IsValid(cell)) return TreatInvalid(cell);
   return TreatOutlier(cell);
 }
 
-// A marker such as "N/A" isn't of the type of a field of numbers.
-bool FieldTreatment::IsDeclaredMissing(const Value& value) const noexcept {
-  return !fMissingTexts.empty() && value.GetType() == Value::kText &&
-         std::find(fMissingTexts.begin(), fMissingTexts.end(), value.Text()) != fMissingTexts.end();
+// A mark such as "N/A" isn't of the type of a field of numbers, nor is 999 a boolean.
+bool FieldTreatment::IsDeclaredMissing(const Value& value, const Cell& cell, const TextPool& pool) const noexcept {
+  if (fMissingMarks.IsEmpty()) return false;
+  if (!cell.IsInvalid()) return fMissing.Contains(cell);
+  if (value.GetType() == Value::kNumber) return fMissing.numbers.Contains(value.GetReal());
+  return value.GetType() == Value::kText && fMissingMarks.Contains(pool.Find(value.Text()));
 }
 
 // Valid values and intervals add up: a number is valid if it is listed or lies in an interval.

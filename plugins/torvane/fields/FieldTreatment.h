@@ -1,7 +1,6 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "components/keltransform/Cell.h"
@@ -54,14 +53,15 @@ class FieldTreatment {
   void ReadDeclaredValues(const KelTransformNS::FieldDeclaration& declaration, KelTransformNS::TextPool& pool);
   void ReadReplacements(const MiningField& field, KelTransformNS::TextPool& pool);
   void ReadOutliers(const MiningField& field);
-  [[nodiscard]] bool IsDeclaredMissing(const KelCommon_1_3::Value& value) const noexcept;
+  [[nodiscard]] bool IsDeclaredMissing(const KelCommon_1_3::Value& value, const Cell& cell,
+                                       const KelTransformNS::TextPool& pool) const noexcept;
   [[nodiscard]] bool IsValid(const Cell& cell) const noexcept;
   [[nodiscard]] Cell TreatMissing() const noexcept;
   [[nodiscard]] Cell TreatInvalid(const Cell& cell) const noexcept;
   [[nodiscard]] Cell TreatOutlier(const Cell& cell) const noexcept;
 
   KelTransformNS::DataType fType;
-  std::vector<std::string> fMissingTexts;  // compared with a text before it is converted
+  TextSet fMissingMarks;  // the same values as in fMissing, and those that aren't of the type, as texts
   ValueSet fMissing;
   ValueSet fInvalid;
   ValueSet fValid;

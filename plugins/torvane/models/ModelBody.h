@@ -17,8 +17,9 @@ class ModelBody {
   ModelBody& operator=(const ModelBody&) = delete;
   virtual ~ModelBody() = default;
 
-  /// Fills the results of `prediction`; what isn't known stays as it is.
-  virtual void Evaluate(const KelTransformNS::Cell* frame, Prediction& prediction) const noexcept = 0;
+  /// Fills the results of `prediction`; what isn't known stays as it is. Throws nothing but `std::bad_alloc`, where a
+  /// thread needs more memory than before.
+  virtual void Evaluate(const KelTransformNS::Cell* frame, Prediction& prediction) const = 0;
 
   /// Whether the kind tells a confidence beside the probability.
   [[nodiscard]] virtual bool GivesConfidences() const noexcept { return false; }

@@ -40,7 +40,7 @@ void NodeIds::Assign(const std::vector<std::optional<std::string_view>>& ids) {
     if (!number) break;
     fNumbers.push_back(*number);
   }
-  if (fNumbers.size() == ids.size()) return;
+  if (fNumbers.size() == ids.size()) return DropConsecutive();
   fNumbers = {};
   for (std::size_t i = 0; i < ids.size(); ++i) {
     fTexts += ids[i] ? std::string(*ids[i]) : std::to_string(i + 1);
@@ -50,8 +50,17 @@ void NodeIds::Assign(const std::vector<std::optional<std::string_view>>& ids) {
   fEnds.shrink_to_fit();
 }
 
+void NodeIds::DropConsecutive() {
+  fFirst = fNumbers.empty() ? 0 : fNumbers[0];
+  for (std::uint32_t node = 0; node < fNumbers.size(); ++node) {
+    if (fNumbers[node] != fFirst + node) return;
+  }
+  fNumbers = {};
+}
+
 void NodeIds::Write(std::uint32_t node, Value& value) const {
   if (!fNumbers.empty()) return WriteNumber(fNumbers[node], value);
+  if (fEnds.empty()) return WriteNumber(fFirst + node, value);
   const std::uint32_t begin = node == 0 ? 0 : fEnds[node - 1];
   thread_local std::string text;  // keeps its buffer, as the value does
   text.assign(fTexts, begin, fEnds[node] - begin);
@@ -62,7 +71,7 @@ void NodeIds::Write(std::uint32_t node, Value& value) const {
 
 const char* TreeModel::EntityKey() const noexcept { return KelScoring_20::KelScoringConst::kOutputTreeNodeid; }
 
-void TreeModel::Evaluate(const Cell* frame, Prediction& prediction) const noexcept {
+void TreeModel::Evaluate(const Cell* frame, Prediction& prediction) const {
   bool surrogateUsed = false;
   const Test& root = fNodes[0].test;
   if (root.kind != TestKind::kAlways && fPredicates.Evaluate(root, frame, surrogateUsed) != Truth::kTrue) return;
@@ -76,7 +85,7 @@ void TreeModel::Evaluate(const Cell* frame, Prediction& prediction) const noexce
 }
 
 // What the usual step doesn't serve: any predicate, any strategy.
-void TreeModel::Descend(std::uint32_t node, const Cell* frame, Prediction& prediction) const noexcept {
+void TreeModel::Descend(std::uint32_t node, const Cell* frame, Prediction& prediction) const {
   double penalty = 1.0;
   while (fNodes[node].isInner) {
     std::uint32_t child = 0;
@@ -129,7 +138,7 @@ std::uint32_t TreeModel::FollowSplits(std::uint32_t node, const Cell* frame) con
 // The first child that is true, or the first that is unknown if that comes before; with the strategy "none" an unknown
 // child is passed over.
 TreeModel::Found TreeModel::FindChild(std::uint32_t node, const Cell* frame, std::uint32_t& child,
-                                      bool& surrogateUsed) const noexcept {
+                                      bool& surrogateUsed) const {
   for (child = node + 1; child != 0; child = fNodes[child].nextSibling) {
     bool used = false;
     const Truth truth = fPredicates.Evaluate(fNodes[child].test, frame, used);
@@ -218,8 +227,7 @@ void TreeModel::FollowUnknown(std::uint32_t node, double penalty, const Cell* fr
 // confidence[c] = sum over the children that aren't false of confidence_child[c] * records_child / records_parent, and
 // so for the children of the children. A false child is left out, so the sums may stay below 1. If they all are 0, no
 // category is better than another.
-void TreeModel::MixConfidences(std::uint32_t node, double penalty, const Cell* frame,
-                               Prediction& prediction) const noexcept {
+void TreeModel::MixConfidences(std::uint32_t node, double penalty, const Cell* frame, Prediction& prediction) const {
   std::fill_n(prediction.probabilities, fCategoryCount, 0.0);
   std::fill_n(prediction.confidences, fCategoryCount, 0.0);
   bool leafIsEmpty = false;
@@ -243,8 +251,7 @@ void TreeModel::MixConfidences(std::uint32_t node, double penalty, const Cell* f
 
 // The records of all leaves that can be reached are added up by category; shares of the sum are both probability and
 // confidence, the latter reduced by the penalties above the node.
-void TreeModel::AggregateNodes(std::uint32_t node, double penalty, const Cell* frame,
-                               Prediction& prediction) const noexcept {
+void TreeModel::AggregateNodes(std::uint32_t node, double penalty, const Cell* frame, Prediction& prediction) const {
   double* const counts = prediction.probabilities;
   std::fill_n(counts, fCategoryCount, 0.0);
   double total = 0.0;

@@ -12,7 +12,8 @@
 
 namespace Torvane {
 
-/// The identifiers of a tree's nodes. Almost all trees number their nodes, and numbers take four bytes.
+/// The identifiers of a tree's nodes. Almost all trees number their nodes; numbers take four bytes, and none at all if
+/// they count the nodes.
 class NodeIds {
  public:
   /// `ids` in the order of the nodes; one that is absent becomes the node's position from 1.
@@ -20,6 +21,9 @@ class NodeIds {
   void Write(std::uint32_t node, KelCommon_1_3::Value& value) const;
 
  private:
+  void DropConsecutive();
+
+  std::uint32_t fFirst = 0;  // the number of the root if those of the others follow, and nothing else is stored
   std::vector<std::uint32_t> fNumbers;
   std::vector<std::uint32_t> fEnds;  // of each text in fTexts, if not all ids are numbers
   std::string fTexts;
@@ -35,7 +39,7 @@ class TreeModel final : public ModelBody {
  public:
   static std::unique_ptr<ModelBody> Build(const Element& model, FieldScope& scope, Target& target);
 
-  void Evaluate(const KelTransformNS::Cell* frame, Prediction& prediction) const noexcept override;
+  void Evaluate(const KelTransformNS::Cell* frame, Prediction& prediction) const override;
   [[nodiscard]] bool GivesConfidences() const noexcept override { return fIsClassification; }
   [[nodiscard]] std::uint32_t EntityCount() const noexcept override {
     return static_cast<std::uint32_t>(fNodes.size());
@@ -75,19 +79,18 @@ class TreeModel final : public ModelBody {
   };
 
   [[nodiscard]] std::uint32_t FollowSplits(std::uint32_t node, const KelTransformNS::Cell* frame) const noexcept;
-  [[gnu::noinline]] void Descend(std::uint32_t node, const KelTransformNS::Cell* frame,
-                                 Prediction& prediction) const noexcept;
+  [[gnu::noinline]] void Descend(std::uint32_t node, const KelTransformNS::Cell* frame, Prediction& prediction) const;
   Found FindChild(std::uint32_t node, const KelTransformNS::Cell* frame, std::uint32_t& child,
-                  bool& surrogateUsed) const noexcept;
+                  bool& surrogateUsed) const;
   void Conclude(std::uint32_t node, double penalty, Prediction& prediction) const noexcept;
   void FillDistribution(std::uint32_t node, double penalty, Prediction& prediction) const noexcept;
   void AddDistribution(const Branch& branch, Prediction& prediction) const noexcept;
   template <typename Reach>
   void FollowUnknown(std::uint32_t node, double penalty, const KelTransformNS::Cell* frame, Reach&& reach) const;
   void MixConfidences(std::uint32_t node, double penalty, const KelTransformNS::Cell* frame,
-                      Prediction& prediction) const noexcept;
+                      Prediction& prediction) const;
   void AggregateNodes(std::uint32_t node, double penalty, const KelTransformNS::Cell* frame,
-                      Prediction& prediction) const noexcept;
+                      Prediction& prediction) const;
   [[nodiscard]] std::uint32_t BestCategory(const double* figures) const noexcept;
 
   PredicateTable fPredicates;

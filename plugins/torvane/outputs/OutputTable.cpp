@@ -234,6 +234,7 @@ void OutputTable::Place(Output output, const Element& element) {
   Output& vocabulary = fOutputs[known->second];
   if (vocabulary.isDeclared) throw element.AttributeError("name", "stands there twice");
   if (output.key.Name() == Const::kOutputPrediction || output.key.Name() == Const::kOutputProbability) {
+    vocabulary.isDeclared = true;
     fHidden.push_back(std::move(output));
   } else {
     vocabulary = std::move(output);
@@ -244,21 +245,21 @@ bool OutputTable::NeedsDistribution(const Output& output) const noexcept {
   return output.feature == Feature::kExpression ? fHasDistributions : IsDistribution(output);
 }
 
-void OutputTable::RunExpressions(KelTransformNS::Frame frame, const Prediction& prediction) const noexcept {
+void OutputTable::RunExpressions(KelTransformNS::Frame frame, const Prediction& prediction) const {
   PutIntoFrame(fOutputs, frame, prediction);
   PutIntoFrame(fHidden, frame, prediction);
   fProgram.Run(frame);
 }
 
 void OutputTable::PutIntoFrame(const std::vector<Output>& outputs, KelTransformNS::Frame frame,
-                               const Prediction& prediction) const noexcept {
+                               const Prediction& prediction) const {
   for (const Output& output : outputs) {
     if (output.feature == Feature::kExpression || output.slot == Prediction::kNone) continue;
     frame[output.slot] = CellOf(output, frame.data(), prediction);
   }
 }
 
-Cell OutputTable::CellOf(const Output& output, const Cell* frame, const Prediction& prediction) const noexcept {
+Cell OutputTable::CellOf(const Output& output, const Cell* frame, const Prediction& prediction) const {
   if (prediction.outcome == Outcome::kInvalid) return Cell::Missing();
   if (output.feature == Feature::kExpression) return frame[output.slot];
   if (prediction.outcome != Outcome::kValue) return Cell::Missing();

@@ -64,7 +64,7 @@ class OutputTable {
   void Announce(KelCommon_1_3::ValueRecord& record) const;
 
   /// Puts the outputs into the frame that expressions may refer to, and evaluates the expressions.
-  void RunExpressions(KelTransformNS::Frame frame, const Prediction& prediction) const noexcept;
+  void RunExpressions(KelTransformNS::Frame frame, const Prediction& prediction) const;
   /// Writes one output; null if the prediction has no result for it. `frame` has been through `RunExpressions` if the
   /// output is an expression.
   void Write(const Output& output, const KelTransformNS::Cell* frame, const Prediction& prediction,
@@ -86,12 +86,12 @@ class OutputTable {
   void InternEntities(KelTransformNS::TextPool& pool);
   void Place(Output output, const Element& element);
   [[nodiscard]] KelTransformNS::Cell CellOf(const Output& output, const KelTransformNS::Cell* frame,
-                                            const Prediction& prediction) const noexcept;
+                                            const Prediction& prediction) const;
   [[nodiscard]] KelTransformNS::Cell Residual(const Output& output, const KelTransformNS::Cell* frame,
                                               const Prediction& prediction) const noexcept;
   [[nodiscard]] KelTransformNS::Cell EntityCell(const Output& output, std::uint32_t entity) const;
   void PutIntoFrame(const std::vector<Output>& outputs, KelTransformNS::Frame frame,
-                    const Prediction& prediction) const noexcept;
+                    const Prediction& prediction) const;
   void WriteProbabilities(const Prediction& prediction, KelCommon_1_3::Value& value) const;
   void FillNames(KelCommon_1_3::ValueRecord& members) const;
 

@@ -39,8 +39,7 @@ Truth PredicateTable::EvaluateRank(const Test& test, const Cell& cell) const noe
   return Known((*rank < test.number) == (test.kind == TestKind::kRankBelow));
 }
 
-Truth PredicateTable::EvaluateCompound(const Compound& compound, const Cell* frame,
-                                       bool& surrogateUsed) const noexcept {
+Truth PredicateTable::EvaluateCompound(const Compound& compound, const Cell* frame, bool& surrogateUsed) const {
   constexpr std::size_t kUsualDepth = 32;
   if (compound.depth <= kUsualDepth) {
     std::array<Level, kUsualDepth> levels;
@@ -52,8 +51,7 @@ Truth PredicateTable::EvaluateCompound(const Compound& compound, const Cell* fra
 }
 
 // The values of the open compounds stand in `levels`. A compound whose value can't change any more is left at once.
-Truth PredicateTable::RunSteps(const Compound& compound, const Cell* frame, Level* levels,
-                               bool& surrogateUsed) const noexcept {
+Truth PredicateTable::RunSteps(const Compound& compound, const Cell* frame, Level* levels, bool& surrogateUsed) const {
   Level* top = levels - 1;
   for (std::uint32_t at = compound.firstStep; at < compound.endStep; ++at) {
     const Step& step = fSteps[at];
@@ -245,6 +243,7 @@ Test PredicateCompiler::CompileSet(const Element& predicate) {
   TextSet texts;
   NumberSet numbers;
   const Element array = predicate.RequiredChild("Array");
+  if (array.Next("Array")) throw array.Next("Array").Error("is a second array of its predicate");
   for (const std::string& text : KelXML_1_3::ReadStringArray(array, KelXML_1_3::ArrayCount::kIgnored)) {
     const Cell literal = ReadComparand(predicate, "value", text, field.dataType, fScope.Pool());
     literal.state == Cell::kText ? texts.Add(literal.textId) : numbers.Add(literal.number);

@@ -48,8 +48,7 @@ struct Test {
 class PredicateTable {
  public:
   /// `surrogateUsed` becomes true if a surrogate predicate took its value from another than its first child.
-  [[nodiscard]] Truth Evaluate(const Test& test, const KelTransformNS::Cell* frame,
-                               bool& surrogateUsed) const noexcept {
+  [[nodiscard]] Truth Evaluate(const Test& test, const KelTransformNS::Cell* frame, bool& surrogateUsed) const {
     using Cell = KelTransformNS::Cell;
     const Cell& cell = frame[test.slot];
     switch (test.kind) {
@@ -110,9 +109,9 @@ class PredicateTable {
   [[nodiscard]] Truth EvaluateRank(const Test& test, const KelTransformNS::Cell& cell) const noexcept;
   [[nodiscard]] Truth EvaluateRare(const Test& test, const KelTransformNS::Cell& cell) const noexcept;
   [[nodiscard]] Truth EvaluateCompound(const Compound& compound, const KelTransformNS::Cell* frame,
-                                       bool& surrogateUsed) const noexcept;
+                                       bool& surrogateUsed) const;
   [[nodiscard]] Truth RunSteps(const Compound& compound, const KelTransformNS::Cell* frame, Level* levels,
-                               bool& surrogateUsed) const noexcept;
+                               bool& surrogateUsed) const;
 
   std::vector<TextSet> fTextSets;
   std::vector<NumberSet> fNumberSets;

@@ -5,10 +5,21 @@
 
 namespace Torvane {
 
+using KelCommon_1_3::Value;
 using KelTransformNS::Cell;
 using KelTransformNS::DataType;
 using KelTransformNS::FieldDeclaration;
 using KelTransformNS::OpType;
+
+namespace {
+
+std::optional<double> ReadFinite(const Element& element, std::string_view attribute) {
+  const std::optional<double> number = element.Number(attribute);
+  if (number && !std::isfinite(*number)) throw element.AttributeError(attribute, "isn't finite");
+  return number;
+}
+
+}  // namespace
 
 Target::Target(FieldScope& scope, const Element& model, MiningFunction function, std::string_view fieldHint)
     : fPool(scope.Pool()),
@@ -50,7 +61,7 @@ void Target::ReadDeclaration(const FieldScope& scope) {
   for (const FieldDeclaration::DeclaredValue& declared : declaration->values) {
     if (declared.property != FieldDeclaration::DeclaredValue::kValid) continue;
     const std::optional<Cell> cell = FindComparand(declared.value, fType, fPool);
-    if (!cell) continue;  // it can't be predicted
+    if (!cell || !ShowsItself(*cell)) continue;  // it can't be predicted
     fCategories[AddCategory(*cell)].displayValue = declared.displayValue;
   }
 }
@@ -82,11 +93,11 @@ void Target::ReadTarget(const Element& target) {
       ThrowUnknownWord(target, "optype", "categorical, ordinal, continuous");
     }
   }
-  fMin = target.Number("min");
-  fMax = target.Number("max");
+  fMin = ReadFinite(target, "min");
+  fMax = ReadFinite(target, "max");
   if (fMin && fMax && *fMin > *fMax) throw target.AttributeError("min", "is above max");
-  fRescaleFactor = target.Number("rescaleFactor", 1.0);
-  fRescaleConstant = target.Number("rescaleConstant", 0.0);
+  fRescaleFactor = ReadFinite(target, "rescaleFactor").value_or(1.0);
+  fRescaleConstant = ReadFinite(target, "rescaleConstant").value_or(0.0);
   fCastInteger = ReadWord(target, "castInteger", kCasts, CastInteger::kNone);
   fAdjusts = fMin || fMax || fRescaleFactor != 1.0 || fRescaleConstant != 0.0 || fCastInteger != CastInteger::kNone;
   for (Element child = target.Child("TargetValue"); child; child = child.Next("TargetValue")) ReadTargetValue(child);
@@ -97,7 +108,7 @@ void Target::ReadTarget(const Element& target) {
 void Target::ReadTargetValue(const Element& targetValue) {
   RefuseUnknownChildren(targetValue, {"Partition"});
   if (fFunction == MiningFunction::kRegression) {
-    const std::optional<double> defaultValue = targetValue.Number("defaultValue");
+    const std::optional<double> defaultValue = ReadFinite(targetValue, "defaultValue");
     if (defaultValue && fDefaultValue) throw targetValue.AttributeError("defaultValue", "is the second one");
     if (defaultValue) fDefaultValue = defaultValue;
     return;
@@ -122,7 +133,18 @@ void Target::CheckPriors(const Element& target) const {
 }
 
 std::uint32_t Target::AddCategory(const Element& element, std::string_view what, std::string_view text) {
-  return AddCategory(ReadComparand(element, what, text, fType, fPool));
+  const Cell cell = ReadComparand(element, what, text, fType, fPool);
+  if (!ShowsItself(cell)) throw element.Error(std::string(what) + " " + Quoted(text) + " is no value of its type");
+  return AddCategory(cell);
+}
+
+// Whether the category's text tells the category. A boolean 2 would be shown as the text of another one.
+bool Target::ShowsItself(const Cell& cell) const {
+  if (cell.state == Cell::kText) return true;
+  Value value;
+  KelTransformNS::WriteCell(cell, fType, value);
+  const std::optional<Cell> shown = FindComparand(value.GetString(), fType, fPool);
+  return shown && shown->number == cell.number;
 }
 
 std::uint32_t Target::AddCategory(const Cell& cell) {
@@ -159,8 +181,8 @@ std::optional<std::uint32_t> Target::FindCategory(std::string_view text) const {
 
 void Target::FinishRare(Prediction& prediction) const noexcept {
   if (fFunction == MiningFunction::kRegression) {
-    if (prediction.outcome == Outcome::kValue && std::isnan(prediction.number)) prediction.outcome = Outcome::kInvalid;
     if (prediction.outcome == Outcome::kValue && fAdjusts) prediction.number = Adjust(prediction.number);
+    if (prediction.outcome == Outcome::kValue && std::isnan(prediction.number)) prediction.outcome = Outcome::kInvalid;
     if (prediction.outcome == Outcome::kMissing && fDefaultValue) {
       // The default is a value of the target already, so limits and scaling have no part in it.
       prediction.outcome = Outcome::kValue;
@@ -171,8 +193,9 @@ void Target::FinishRare(Prediction& prediction) const noexcept {
   }
 }
 
-// In this order: limits, factor, constant, rounding.
+// In this order: limits, factor, constant, rounding. What isn't a number must not become one by a limit.
 double Target::Adjust(double number) const noexcept {
+  if (std::isnan(number)) return number;
   if (fMin) number = std::max(number, *fMin);
   if (fMax) number = std::min(number, *fMax);
   number = number * fRescaleFactor + fRescaleConstant;

@@ -62,6 +62,7 @@ class Target {
   void ReadTargetValue(const Element& targetValue);
   void CheckPriors(const Element& target) const;
   std::uint32_t AddCategory(const KelTransformNS::Cell& cell);
+  [[nodiscard]] bool ShowsItself(const KelTransformNS::Cell& cell) const;
   [[nodiscard]] std::optional<std::uint32_t> FindCategory(const KelTransformNS::Cell& cell) const;
   void FinishRare(Prediction& prediction) const noexcept;
   [[nodiscard]] double Adjust(double number) const noexcept;

@@ -9,13 +9,17 @@
 namespace {
 
 std::atomic<long> allocationCount{0};
+thread_local bool failsAllocations = false;
 
 }  // namespace
 
 long AllocationCount() noexcept { return allocationCount; }
 
+void FailAllocations(bool fail) noexcept { failsAllocations = fail; }
+
 void* operator new(std::size_t size) {
   ++allocationCount;
+  if (failsAllocations) throw std::bad_alloc();
   if (void* const memory = std::malloc(size)) return memory;
   throw std::bad_alloc();
 }

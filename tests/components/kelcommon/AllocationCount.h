@@ -2,3 +2,5 @@
 
 /// How often this program has called the global operator new, which AllocationCount.cpp replaces.
 [[nodiscard]] long AllocationCount() noexcept;
+/// Whether this thread's further calls of it shall find no memory.
+void FailAllocations(bool fail) noexcept;

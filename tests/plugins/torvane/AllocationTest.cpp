@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <thread>
 
 #include "tests/components/kelcommon/AllocationCount.h"
 #include "tests/plugins/torvane/ModelHarness.h"
@@ -64,6 +65,31 @@ TEST(Score, OfALargeModelInTheSteadyState_AllocatesNothing) {
   }
   document.body = "<RegressionTable intercept=\"0\">" + document.body + "</RegressionTable>";
   ExpectNoAllocation(document);
+}
+
+// What a thread takes once and keeps: the open predicates of a deep compound, the open branches of a mix.
+TEST(Score, NoMemoryForAThreadsFirstRecord_IsAStatusAndTheNextRecordIsScored) {
+  std::string deep;
+  for (int i = 0; i < 100; ++i) deep += R"(<CompoundPredicate booleanOperator="and"><True/>)";
+  deep += R"(<SimplePredicate field="x" operator="lessThan" value="1"/>)";
+  for (int i = 0; i < 100; ++i) deep += "</CompoundPredicate>";
+  const std::string nodes = "<Node recordCount=\"1\"><True/><Node score=\"yes\" recordCount=\"1\">";
+  const std::string split = R"(<SimplePredicate field="x" operator="lessThan" value="1"/>)";
+  for (const std::string& predicate : {deep, split}) {
+    const Scorer scorer = Load(
+        {.attributes = R"(missingValueStrategy="weightedConfidence")", .body = nodes + predicate + "</Node></Node>"});
+    ValueRecord out(2);
+    ASSERT_TRUE(scorer.scorer->Scorable(out).IsOK());
+    const ValueRecord in = Record({{"x", Value::NULL_VALUE}});
+    ASSERT_TRUE(scorer.scorer->Score(in, out).IsOK());
+    std::thread([&] {
+      FailAllocations(true);
+      const auto status = scorer.scorer->Score(in, out);
+      FailAllocations(false);
+      EXPECT_EQ(status.GetErrorCode(), 270002);
+      EXPECT_TRUE(scorer.scorer->Score(in, out).IsOK());
+    }).join();
+  }
 }
 
 }  // namespace

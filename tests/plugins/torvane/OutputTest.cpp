@@ -1,3 +1,4 @@
+#include <cmath>
 #include <gtest/gtest.h>
 
 #include "tests/plugins/torvane/ModelHarness.h"
@@ -38,6 +39,8 @@ INSTANTIATE_TEST_SUITE_P(
                     AdjustCase{"floor", R"(castInteger="floor">)", -1.2, "-2"},
                     AdjustCase{"scaled_then_rounded", R"(rescaleFactor="0.5" castInteger="round">)", 3.0, "2"},
                     AdjustCase{"default", R"(rescaleFactor="10"><TargetValue defaultValue="7.5"/>)", kNull, "7.5"},
+                    AdjustCase{"infinity_times_zero", R"(rescaleFactor="0">)", HUGE_VAL, "null"},
+                    AdjustCase{"infinity_limited", R"(max="4" rescaleFactor="0">)", HUGE_VAL, "0"},
                     AdjustCase{"no_default", ">", kNull, "null"}),
     KelTest::CaseName());
 
@@ -263,6 +266,8 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"affinity", WithOutput(R"(feature="affinity")"), "feature"},
         RefusalCase{"no_name", Leaf("<OutputField/>"), "name"},
         RefusalCase{"name_twice", Leaf(R"(<OutputField name="a"/><OutputField name="a"/>)"), "stands there twice"},
+        RefusalCase{"prediction_twice", Leaf(R"(<OutputField name="prediction"/><OutputField name="prediction"/>)"),
+                    "stands there twice"},
         RefusalCase{"data_type", WithOutput(R"(dataType="complex")"), "is no data type"},
         RefusalCase{"segment", WithOutput(R"(segmentId="1")"), "needs segments"},
         RefusalCase{"other_target", WithOutput(R"(targetField="t")"), "isn't the target"},
@@ -287,6 +292,22 @@ INSTANTIATE_TEST_SUITE_P(
                     "isn't the target"},
         RefusalCase{"target_twice", Numeric(R"(<Targets><Target field="t"/><Target/></Targets>)"), "is a second one"},
         RefusalCase{"limits", Numeric(R"(<Targets><Target field="t" min="2" max="1"/></Targets>)"), "is above max"},
+        RefusalCase{"limit_nan", Numeric(R"(<Targets><Target field="t" min="NaN"/></Targets>)"), "isn't finite"},
+        RefusalCase{"factor_infinite", Numeric(R"(<Targets><Target field="t" rescaleFactor="INF"/></Targets>)"),
+                    "isn't finite"},
+        RefusalCase{"default_nan",
+                    Numeric(R"(<Targets><Target field="t"><TargetValue defaultValue="NaN"/></Target></Targets>)"),
+                    "isn't finite"},
+        RefusalCase{"boolean_two",
+                    Document{.body = R"(<Node score="true"><True/><Node score="2"><True/></Node></Node>)",
+                             .schema = "",
+                             .dictionary = R"(<DataField name="y" optype="categorical" dataType="boolean"/>)"},
+                    "'2' is no value of its type"},
+        RefusalCase{"date_beyond_the_calendar",
+                    Document{.body = R"(<Node score="1e300"><True/></Node>)",
+                             .schema = "",
+                             .dictionary = R"(<DataField name="y" optype="categorical" dataType="date"/>)"},
+                    "'1e300'"},
         RefusalCase{"cast", Numeric(R"(<Targets><Target field="t" castInteger="up"/></Targets>)"),
                     "round, ceiling, floor"},
         RefusalCase{

@@ -293,6 +293,8 @@ TEST(TreeModel, NodeIds_AreTextsNumbersOrPositions) {
   EXPECT_EQ(ids(R"(id="0")", R"(id="17")", R"(id="4000000000")"), "17 4000000000");
   EXPECT_EQ(ids(R"(id="n0")", R"(id="left leaf")", R"(id="")"), "left leaf ");
   EXPECT_EQ(ids("", "", ""), "2 3");
+  EXPECT_EQ(ids(R"(id="0")", R"(id="1")", R"(id="2")"), "1 2");
+  EXPECT_EQ(ids(R"(id="0")", R"(id="2")", R"(id="1")"), "2 1");
   EXPECT_EQ(ids(R"(id="1")", R"(id="01")", ""), "01 3");
 }
 
@@ -451,6 +453,11 @@ INSTANTIATE_TEST_SUITE_P(
             Tree(Splitting(
                 R"(<SimpleSetPredicate field="s" booleanOperator="in"><Array type="string">a</Array></SimpleSetPredicate>)")),
             "isIn, isNotIn"},
+        RefusalCase{
+            "set_of_two_arrays",
+            Tree(Splitting(
+                R"(<SimpleSetPredicate field="s" booleanOperator="isIn"><Array type="string">a</Array><Array type="string">b</Array></SimpleSetPredicate>)")),
+            "second array"},
         RefusalCase{"empty_compound", Tree(Splitting(R"(<CompoundPredicate booleanOperator="and"/>)")),
                     "holds no predicate"},
         RefusalCase{"compound_operator",
