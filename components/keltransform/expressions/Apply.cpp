@@ -159,7 +159,7 @@ class CallCompiler {
   static std::string DescribeCycle(const Call& call) {
     std::string names = Quoted(call.declared->name);
     for (const Call* outer = call.within; outer != nullptr; outer = outer->within) {
-      names = Quoted(outer->declared->name) + " -> " + names;
+      names.insert(0, Quoted(outer->declared->name) + " -> ");
       if (outer->declared == call.declared) break;
     }
     return names;
@@ -236,6 +236,7 @@ class CallCompiler {
 
   static std::vector<Operand> OperandsOf(const std::vector<Argument>& arguments) {
     std::vector<Operand> operands;
+    operands.reserve(arguments.size());
     for (const Argument& argument : arguments) operands.push_back(argument.value.operand);
     return operands;
   }
