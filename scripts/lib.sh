@@ -4,7 +4,7 @@
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$root" || exit 1
 
-build_packages=(g++ cmake ninja-build ccache pkg-config libxerces-c-dev libxxhash-dev libcsv-dev libcli11-dev
+build_packages=(g++ cmake ninja-build ccache pkg-config libxerces-c-dev libicu-dev libxxhash-dev libcsv-dev libcli11-dev
   nlohmann-json3-dev)
 test_packages=("${build_packages[@]}" libgtest-dev libgmock-dev libbenchmark-dev)
 

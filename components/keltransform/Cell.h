@@ -56,8 +56,13 @@ class KEL_EXPORT TextPool {
   [[nodiscard]] const std::string& Text(std::uint32_t id) const noexcept;
   [[nodiscard]] std::size_t Size() const noexcept;
 
+  /// Whether a function of the document makes new texts while a record is scored, so that its frames must hold them.
+  [[nodiscard]] bool HasMadeTexts() const noexcept { return fHasMadeTexts; }
+  void SetHasMadeTexts() noexcept { fHasMadeTexts = true; }
+
  private:
   struct Storage;
+  bool fHasMadeTexts = false;
   std::unique_ptr<Storage> fStorage;
 };
 

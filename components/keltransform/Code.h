@@ -5,26 +5,13 @@
 #include <vector>
 
 #include "components/keltransform/Cell.h"
+#include "components/keltransform/Operands.h"
 #include "components/keltransform/Program.h"
 #include "components/keltransform/expressions/DiscretizeTable.h"
 #include "components/keltransform/expressions/MapValuesTable.h"
 #include "components/keltransform/expressions/NormContinuousTable.h"
 
 namespace KelTransformNS {
-
-/// Where an instruction finds an operand: a slot of the frame or a constant of the program.
-class Operand {
- public:
-  static Operand Slot(std::uint32_t slot) noexcept { return Operand(slot); }
-  static Operand Constant(std::uint32_t index) noexcept { return Operand(index | kConstantBit); }
-  [[nodiscard]] bool IsConstant() const noexcept { return (fCode & kConstantBit) != 0; }
-  [[nodiscard]] std::uint32_t Index() const noexcept { return fCode & ~kConstantBit; }
-
- private:
-  static constexpr std::uint32_t kConstantBit = 0x80000000U;
-  explicit Operand(std::uint32_t code) noexcept : fCode(code) {}
-  std::uint32_t fCode;
-};
 
 enum class OpCode : std::uint8_t {
   kCopy,            ///< the operand as it stands
@@ -35,7 +22,37 @@ enum class OpCode : std::uint8_t {
   kEquals,          ///< the entry `data` of `Tables::comparisons`
   kDiscretize,      ///< the entry `data` of the table
   kMapValues,       ///< the entry `data` of the table; `operandCount` operands from `Code::operands[first]` on
+
+  // What surrounds a function.
+  kReplaceIfAnyMissing,  ///< the first operand; the second one if any of the others is missing and none is invalid
+  kInvalidToMissing,     ///< an invalid operand becomes missing
+  kTruncate,             ///< a number without its fraction
+  kIf,  ///< the second operand if the first one is true, the third one, if there is one, if it is false
+
+  kAdd,       ///< of two numbers
+  kSubtract,  ///< of two numbers
+  kMultiply,  ///< of two numbers
+  kDivide,    ///< of two numbers
+
+  // The function `data` of the table of functions. What its `detail` says:
+  kUnary,
+  kBinary,
+  kTernary,
+  kAggregate,  ///< joins all numbers by the binary function
+  kAverage,
+  kMedian,
+  kCompare,  ///< accepts the results of a comparison: `kIsLess`, `kIsEqual`, `kIsGreater`
+  kIsIn,     ///< is 1 if the first operand equals another one, else the opposite
+  kLogic,    ///< is the value that decides alone: 0 of "and", 1 of "or"
+  kNot,
+  kTestState,  ///< has the bits of the states that it accepts
+  kMakeText,
+  kMeasureText,
 };
+
+inline constexpr std::uint32_t kIsLess = 1;
+inline constexpr std::uint32_t kIsEqual = 2;
+inline constexpr std::uint32_t kIsGreater = 4;
 
 /// One step: computes a cell from operands and puts it into a slot that no other instruction writes.
 struct Instruction {
@@ -63,6 +80,9 @@ struct Tables {
   DiscretizeTable discretize;
   MapValuesTable mapValues;
 };
+
+/// What an instruction gives. Any text that it makes lives as `MadeTexts` says.
+[[nodiscard]] Cell Execute(const Instruction& step, const Operands& operands, const Tables& tables) noexcept;
 
 struct Program::Code {
   std::vector<Instruction> instructions;

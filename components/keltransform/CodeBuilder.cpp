@@ -1,9 +1,11 @@
 #include "components/keltransform/CodeBuilder.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "components/keltransform/Attributes.h"
 #include "components/keltransform/Conversion.h"
+#include "components/keltransform/MadeTexts.h"
 #include "components/keltransform/NumberText.h"
 
 namespace KelTransformNS {
@@ -16,9 +18,31 @@ std::string NotOfType(DataType type) { return "is no value of the type " + std::
 
 bool IsNumeric(DataType type) { return !IsText(type); }
 
+// Longer texts of constants are made anew for each record, so that a short document can't fill the memory with them.
+constexpr std::size_t kMaxFoldedText = 256;
+
+std::unique_ptr<Tables> EmptyTables(const TextPool& pool) {
+  auto tables = std::make_unique<Tables>();
+  tables->pool = &pool;
+  return tables;
+}
+
+// Ends the texts that are made while a constant is computed.
+class TextScope {
+ public:
+  TextScope() : fTexts(MadeTexts::OfThisThread()), fMark(fTexts.Mark()) {}
+  TextScope(const TextScope&) = delete;
+  TextScope& operator=(const TextScope&) = delete;
+  ~TextScope() { fTexts.ReleaseTo(fMark); }
+
+ private:
+  MadeTexts& fTexts;
+  std::size_t fMark;
+};
+
 }  // namespace
 
-CodeBuilder::CodeBuilder(TextPool& pool) : fPool(pool), fTables(std::make_unique<Tables>()) {}
+CodeBuilder::CodeBuilder(TextPool& pool) : fPool(pool), fTables(EmptyTables(pool)) {}
 
 CompiledValue CodeBuilder::Constant(const Cell& cell, DataType type) {
   fTables->constants.push_back(cell);
@@ -28,14 +52,40 @@ CompiledValue CodeBuilder::Constant(const Cell& cell, DataType type) {
 CompiledValue CodeBuilder::Emit(OpCode operation, const std::vector<Operand>& operands, std::uint32_t data,
                                 DataType type) {
   Instruction instruction{};
+  instruction.operation = operation;
+  instruction.data = data;
+  const auto isConstant = [](const Operand& operand) { return operand.IsConstant(); };
+  if (!operands.empty() && std::all_of(operands.begin(), operands.end(), isConstant)) {
+    if (const auto constant = Fold(instruction, operands, type)) return *constant;
+  }
+  if (operation == OpCode::kMakeText) fPool.SetHasMadeTexts();
+  return Append(instruction, operands, type);
+}
+
+CompiledValue CodeBuilder::Append(Instruction instruction, const std::vector<Operand>& operands, DataType type) {
   instruction.result = NewSlot();
   instruction.firstOperand = static_cast<std::uint32_t>(fOperands.size());
   instruction.operandCount = static_cast<std::uint32_t>(operands.size());
-  instruction.data = data;
-  instruction.operation = operation;
   fInstructions.push_back(instruction);
   fOperands.insert(fOperands.end(), operands.begin(), operands.end());
   return {Operand::Slot(instruction.result), type};
+}
+
+std::optional<CompiledValue> CodeBuilder::Fold(const Instruction& instruction, const std::vector<Operand>& operands,
+                                               DataType type) {
+  const TextScope texts;
+  const Operands constants(operands.data(), operands.size(), nullptr, fTables->constants.data());
+  const Cell result = Execute(instruction, constants, *fTables);
+  const bool isMade = instruction.operation == OpCode::kMakeText && result.state == Cell::kText;
+  if (isMade && result.text->size() > kMaxFoldedText) return std::nullopt;
+  return Constant(Kept(result), type);
+}
+
+Cell CodeBuilder::Kept(const Cell& cell) {
+  if (cell.state != Cell::kText) return cell;
+  NumberBuffer buffer;
+  const std::string_view text = cell.text != nullptr ? *cell.text : ShortestText(cell.number, buffer);
+  return Cell::Text(fPool, fPool.Intern(text));
 }
 
 CompiledValue CodeBuilder::Converted(const CompiledValue& value, DataType to, const Element& element) {
@@ -48,29 +98,29 @@ CompiledValue CodeBuilder::Converted(const CompiledValue& value, DataType to, co
   }
   if (IsSameCell(value.type, to)) return {value.operand, to};
   if (to == DataType::kFloat && IsNumeric(value.type)) return Emit(OpCode::kRoundToFloat, {value.operand}, 0, to);
-  const CompiledValue result = Emit(OpCode::kConvert, {value.operand}, 0, to);
-  fInstructions.back().from = value.type;
-  fInstructions.back().to = to;
-  return result;
+  Instruction instruction{};
+  instruction.operation = OpCode::kConvert;
+  instruction.from = value.type;
+  instruction.to = to;
+  return Append(instruction, {value.operand}, to);
 }
 
 Cell CodeBuilder::ConvertedConstant(const Cell& cell, DataType from, DataType to, const Element& element) {
   const Cell converted = Convert(cell, from, to, fPool);
-  if (converted.IsInvalid()) throw element.Error("its value " + NotOfType(to));
-  if (converted.state != Cell::kText) return converted;
-  NumberBuffer buffer;
-  const std::string_view text = converted.text != nullptr ? *converted.text : ShortestText(converted.number, buffer);
-  return Cell::Text(fPool, fPool.Intern(text));
+  // A function that has no value for its constants is no mistake until its result is asked for.
+  if (converted.IsInvalid() && !cell.IsInvalid()) throw element.Error("its value " + NotOfType(to));
+  return Kept(converted);
 }
 
 std::uint32_t CodeBuilder::SlotOf(const CompiledValue& value) {
   if (!value.operand.IsConstant()) return value.operand.Index();
-  return Emit(OpCode::kCopy, {value.operand}, 0, value.type).operand.Index();
+  Instruction copy{};
+  copy.operation = OpCode::kCopy;
+  return Append(copy, {value.operand}, value.type).operand.Index();
 }
 
 Program CodeBuilder::Finish() {
-  fTables->pool = &fPool;
-  auto next = std::make_unique<Tables>();
+  auto next = EmptyTables(fPool);
   Program program;
   program.fCode = std::make_unique<Program::Code>(
       Program::Code{std::exchange(fInstructions, {}), std::exchange(fOperands, {}), std::move(fTables)});

@@ -26,12 +26,15 @@ class CodeBuilder {
   [[nodiscard]] TextPool& Pool() noexcept { return fPool; }
   /// The tables of the program being written.
   [[nodiscard]] Tables& Data() noexcept { return *fTables; }
+  /// The value of a constant.
+  [[nodiscard]] const Cell& ConstantCell(Operand operand) const { return fTables->constants[operand.Index()]; }
 
   [[nodiscard]] std::uint32_t NewSlot() noexcept { return fSlotCount++; }
   [[nodiscard]] std::uint32_t SlotCount() const noexcept { return fSlotCount; }
 
   [[nodiscard]] CompiledValue Constant(const Cell& cell, DataType type);
-  /// Adds an instruction whose result, of data type `type`, gets a slot of its own.
+  /// Adds an instruction whose result, of data type `type`, gets a slot of its own. If all operands are constants, so
+  /// is the result, and there is no instruction.
   CompiledValue Emit(OpCode operation, const std::vector<Operand>& operands, std::uint32_t data, DataType type);
   /// The value as one of type `to`, converted while it is compiled if it is a constant. Throws an error about `element`
   /// if there is no conversion, or if the constant is no value of the type.
@@ -43,6 +46,12 @@ class CodeBuilder {
   [[nodiscard]] Program Finish();
 
  private:
+  CompiledValue Append(Instruction instruction, const std::vector<Operand>& operands, DataType type);
+  /// The result of constants; nothing if it is a text that the program had better make than keep.
+  std::optional<CompiledValue> Fold(const Instruction& instruction, const std::vector<Operand>& operands,
+                                    DataType type);
+  /// A cell that outlives the texts that were made for it.
+  Cell Kept(const Cell& cell);
   Cell ConvertedConstant(const Cell& cell, DataType from, DataType to, const KelXML_1_3::Element& element);
 
   TextPool& fPool;

@@ -14,38 +14,8 @@ namespace {
 constexpr std::int64_t kDaysPerEra = 146097;
 constexpr std::int64_t kDaysToMarchOfYear0 = 719468;  // from 0000-03-01 to 1970-01-01
 
-// Beyond these a date's number isn't exact any more, or no text that a person would write.
-constexpr double kMaxDays = 3.7e8;  // about a million years
-
 std::int64_t FloorDivide(std::int64_t number, std::int64_t divisor) {
   return number / divisor - (number % divisor < 0 ? 1 : 0);
-}
-
-struct Date {
-  std::int64_t year;
-  int month;
-  int day;
-};
-
-std::int64_t DaysFromDate(const Date& date) {
-  const std::int64_t year = date.year - (date.month <= 2 ? 1 : 0);
-  const std::int64_t era = FloorDivide(year, 400);
-  const std::int64_t yearOfEra = year - era * 400;
-  const std::int64_t monthFromMarch = (date.month + 9) % 12;
-  const std::int64_t dayOfYear = (153 * monthFromMarch + 2) / 5 + date.day - 1;
-  return era * kDaysPerEra + yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear - kDaysToMarchOfYear0;
-}
-
-Date DateFromDays(std::int64_t days) {
-  days += kDaysToMarchOfYear0;
-  const std::int64_t era = FloorDivide(days, kDaysPerEra);
-  const std::int64_t dayOfEra = days - era * kDaysPerEra;
-  const std::int64_t yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-  const std::int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-  const std::int64_t monthFromMarch = (5 * dayOfYear + 2) / 153;
-  const auto day = static_cast<int>(dayOfYear - (153 * monthFromMarch + 2) / 5 + 1);
-  const auto month = static_cast<int>(monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9);
-  return {yearOfEra + era * 400 + (month <= 2 ? 1 : 0), month, day};
 }
 
 int DaysOfMonth(std::int64_t year, int month) {
@@ -209,6 +179,27 @@ class Writer {
 };
 
 }  // namespace
+
+std::int64_t DaysFromDate(const Date& date) noexcept {
+  const std::int64_t year = date.year - (date.month <= 2 ? 1 : 0);
+  const std::int64_t era = FloorDivide(year, 400);
+  const std::int64_t yearOfEra = year - era * 400;
+  const std::int64_t monthFromMarch = (date.month + 9) % 12;
+  const std::int64_t dayOfYear = (153 * monthFromMarch + 2) / 5 + date.day - 1;
+  return era * kDaysPerEra + yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear - kDaysToMarchOfYear0;
+}
+
+Date DateFromDays(std::int64_t days) noexcept {
+  days += kDaysToMarchOfYear0;
+  const std::int64_t era = FloorDivide(days, kDaysPerEra);
+  const std::int64_t dayOfEra = days - era * kDaysPerEra;
+  const std::int64_t yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+  const std::int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+  const std::int64_t monthFromMarch = (5 * dayOfYear + 2) / 153;
+  const auto day = static_cast<int>(dayOfYear - (153 * monthFromMarch + 2) / 5 + 1);
+  const auto month = static_cast<int>(monthFromMarch < 10 ? monthFromMarch + 3 : monthFromMarch - 9);
+  return {yearOfEra + era * 400 + (month <= 2 ? 1 : 0), month, day};
+}
 
 std::optional<Moment> ParseMoment(std::string_view text) noexcept {
   Scanner scanner(TrimXmlSpace(text));

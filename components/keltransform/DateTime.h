@@ -1,12 +1,27 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <optional>
 #include <string_view>
 
 namespace KelTransformNS {
 
 inline constexpr double kSecondsPerDay = 86400.0;
+
+/// A day of the proleptic Gregorian calendar. There is a year 0.
+struct Date {
+  std::int64_t year;
+  int month;  ///< from 1
+  int day;    ///< from 1
+};
+
+/// Beyond these, which are about a million years away, there are no dates.
+inline constexpr double kMaxDays = 3.7e8;
+
+/// Days since 1970-01-01.
+[[nodiscard]] std::int64_t DaysFromDate(const Date& date) noexcept;
+[[nodiscard]] Date DateFromDays(std::int64_t days) noexcept;
 
 /// What the lexical form of a date, a time or both says. Proleptic Gregorian calendar.
 struct Moment {

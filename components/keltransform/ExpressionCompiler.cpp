@@ -96,6 +96,7 @@ struct ExpressionCompiler::Impl {
 
   CodeBuilder code;
   DeclaredFields declared;
+  FunctionScope functions;
   InputLookup inputLookup;
   std::unordered_map<std::string, std::optional<ResolvedField>, NameHash, std::equal_to<>> inputs;
 };
@@ -158,7 +159,7 @@ CompiledValue ExpressionCompiler::Impl::Compile(const Element& expression, std::
     if (field == nullptr) throw referrer.AttributeError("field", "there is no such field");
     return {Operand::Slot(field->slot), field->dataType};
   };
-  ExpressionContext context{code, findField, type};
+  ExpressionContext context{code, functions, dictionaries, findField, type};
   const CompiledValue value = CompileAnyExpression(expression, context);
   return type ? code.Converted(value, *type, expression) : value;
 }
@@ -169,7 +170,10 @@ ExpressionCompiler::ExpressionCompiler(TextPool& pool, InputLookup inputs)
 ExpressionCompiler::~ExpressionCompiler() = default;
 
 void ExpressionCompiler::DeclareDerivedFields(const Element& dictionary) {
-  if (dictionary) fImpl->declared.Declare(dictionary);
+  if (!dictionary) return;
+  DeclaredFunctions::Scope functions = fImpl->functions.declared.Read(dictionary);
+  fImpl->declared.Declare(dictionary);
+  fImpl->functions.declared.Declare(std::move(functions));
 }
 
 std::vector<std::string> ExpressionCompiler::DerivedFieldNames() const {
@@ -198,6 +202,10 @@ ResolvedField ExpressionCompiler::CompileExpression(const Element& expression, s
 }
 
 Program ExpressionCompiler::Finish() { return fImpl->code.Finish(); }
+
+void ExpressionCompiler::SetVersion(std::string_view version) noexcept {
+  fImpl->functions.mapsMissingResults = version.starts_with("4.1");
+}
 
 void ExpressionCompiler::Withdraw(std::string_view name) { fImpl->declared.Withdraw(name); }
 

@@ -80,6 +80,10 @@ class KEL_EXPORT ExpressionCompiler {
   /// gets one program for its derived fields, and another for its outputs.
   [[nodiscard]] Program Finish();
 
+  /// The "version" of the document, before anything is compiled: versions 4.1 and 4.2 give one attribute of "Apply"
+  /// different meanings. Without it the later one holds.
+  void SetVersion(std::string_view version) noexcept;
+
   /// Takes the derived field `name` out of the last declared dictionary, so that the name is looked up further out: for
   /// a field that the record holds already. It must not have been resolved yet.
   void Withdraw(std::string_view name);

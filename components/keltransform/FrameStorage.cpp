@@ -3,6 +3,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "components/keltransform/MadeTexts.h"
+
 namespace KelTransformNS {
 namespace {
 
@@ -31,5 +33,9 @@ Cell* FrameStorage::BeginLargeFrame(std::size_t size) {
 }
 
 void FrameStorage::EndLargeFrame() noexcept { --OwnFrames().open; }
+
+std::size_t FrameStorage::CountMadeTexts() { return MadeTexts::OfThisThread().Mark(); }
+
+void FrameStorage::EndMadeTexts(std::size_t first) noexcept { MadeTexts::OfThisThread().ReleaseTo(first); }
 
 }  // namespace KelTransformNS

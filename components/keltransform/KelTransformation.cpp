@@ -52,9 +52,9 @@ KelStatus ReadTree(std::istream& stream, std::string_view rootName, std::unique_
 struct KelTransformation::Impl {
   using Plans = LayoutCache<TransformPlan>;
 
-  KelStatus Add(const Element& dataDictionary, const Element& transformations) {
+  KelStatus Add(const Element& dataDictionary, const Element& transformations, std::string_view version) {
     return Attempt(KelScoringConst::kMalformedField, [&] {
-      auto stage = BuildStage(stages, dataDictionary, transformations, pool);
+      auto stage = BuildStage(stages, dataDictionary, transformations, version, pool);
       auto newPlans = std::make_unique<Plans>();  // the old ones know nothing of the stage
       stages.push_back(std::move(stage));
       plans = std::move(newPlans);
@@ -75,13 +75,13 @@ KelStatus KelTransformation::AddPMML(std::istream& stream, bool /*flag*/) {
   if (!status.IsOK()) return status;
   const Element root = tree->Root();
   return fImpl->Add(root.Child(KelScoringConst::kPmmlDataDictionary),
-                    root.Child(KelScoringConst::kPmmlTransformationDictionary));
+                    root.Child(KelScoringConst::kPmmlTransformationDictionary), root.Attribute("version").value_or(""));
 }
 
 KelStatus KelTransformation::AddTransformationDictionary(std::istream& stream) {
   std::unique_ptr<ElementTree> tree;
   const KelStatus status = ReadTree(stream, KelScoringConst::kPmmlTransformationDictionary, tree);
-  return status.IsOK() ? fImpl->Add(Element(), tree->Root()) : status;
+  return status.IsOK() ? fImpl->Add(Element(), tree->Root(), "") : status;
 }
 
 KelStatus KelTransformation::GetDerivedVariableInfo(ValueRecord& record, bool /*flag*/) const {

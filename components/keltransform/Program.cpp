@@ -1,28 +1,15 @@
 #include "components/keltransform/Program.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "components/keltransform/Code.h"
 #include "components/keltransform/Conversion.h"
+#include "components/keltransform/functions/Evaluation.h"
+#include "components/keltransform/functions/Numbers.h"
 
 namespace KelTransformNS {
 namespace {
-
-// The operands of one instruction.
-class Operands {
- public:
-  Operands(const Operand* first, const Cell* slots, const Cell* constants) noexcept
-      : fFirst(first), fBases{slots, constants} {}
-
-  const Cell& operator[](std::size_t index) const noexcept {
-    const Operand operand = fFirst[index];
-    return fBases[operand.IsConstant() ? 1 : 0][operand.Index()];
-  }
-
- private:
-  const Operand* fFirst;
-  const Cell* fBases[2];
-};
 
 Cell Compare(const Comparison& comparison, const Cell& cell) noexcept {
   if (cell.IsMissing()) return comparison.whenMissing;
@@ -37,7 +24,39 @@ Cell RoundToFloat(const Cell& cell) noexcept {
   return cell.state == Cell::kNumber ? Cell::Number(static_cast<double>(static_cast<float>(cell.number))) : cell;
 }
 
-Cell Execute(const Instruction& step, const Operands& operands, const Tables& tables) noexcept {
+// By its slot every operand is computed already, so choosing one is all there is to do: no function has side effects.
+Cell Choose(const Operands& operands) noexcept {
+  const Cell& condition = operands[0];
+  if (condition.state != Cell::kNumber) return condition;
+  if (condition.number != 0.0) return operands[1];
+  return operands.Count() > 2 ? operands[2] : Cell::Missing();
+}
+
+Cell ReplaceIfAnyMissing(const Operands& operands) noexcept {
+  bool isAnyMissing = false;
+  for (std::size_t index = 2; index < operands.Count(); ++index) {
+    if (operands[index].IsInvalid()) return operands[0];
+    isAnyMissing = isAnyMissing || operands[index].IsMissing();
+  }
+  return operands[isAnyMissing ? 1 : 0];
+}
+
+Cell Truncate(const Cell& cell) noexcept {
+  return cell.state == Cell::kNumber ? Cell::Number(std::trunc(cell.number)) : cell;
+}
+
+// The four operations of arithmetic, which are most of what documents compute, without a call.
+template <typename Operation>
+inline Cell Compute(const Operands& operands, const Operation& operation) noexcept {
+  const Cell& left = operands[0];
+  const Cell& right = operands[1];
+  if (left.state != Cell::kNumber || right.state != Cell::kNumber) return WithoutValues(operands);
+  return ResultOf(operation(left.number, right.number));
+}
+
+// Part of the loop in `Run`: a call for each step would cost as much as the step.
+[[gnu::always_inline]] inline Cell ExecuteStep(const Instruction& step, const Operands& operands,
+                                               const Tables& tables) noexcept {
   switch (step.operation) {
     case OpCode::kCopy:
       return operands[0];
@@ -55,11 +74,36 @@ Cell Execute(const Instruction& step, const Operands& operands, const Tables& ta
       return tables.discretize.Evaluate(step.data, operands[0]);
     case OpCode::kMapValues:
       return tables.mapValues.Evaluate(step.data, [&](std::size_t column) -> const Cell& { return operands[column]; });
+    case OpCode::kReplaceIfAnyMissing:
+      return ReplaceIfAnyMissing(operands);
+    case OpCode::kInvalidToMissing:
+      return operands[0].IsInvalid() ? Cell::Missing() : operands[0];
+    case OpCode::kTruncate:
+      return Truncate(operands[0]);
+    case OpCode::kIf:
+      return Choose(operands);
+    case OpCode::kAdd:
+      return Compute(operands, [](double left, double right) { return left + right; });
+    case OpCode::kSubtract:
+      return Compute(operands, [](double left, double right) { return left - right; });
+    case OpCode::kMultiply:
+      return Compute(operands, [](double left, double right) { return left * right; });
+    case OpCode::kDivide:
+      return Compute(operands, Quotient);
+    case OpCode::kUnary:
+      return EvaluateUnary(FunctionOf(step).unary, operands[0]);
+    case OpCode::kBinary:
+      return EvaluateBinary(FunctionOf(step).binary, operands);
+    default:
+      return EvaluateFunction(FunctionOf(step), operands, *tables.pool);
   }
-  return Cell::Invalid();  // no other operation is compiled
 }
 
 }  // namespace
+
+Cell Execute(const Instruction& step, const Operands& operands, const Tables& tables) noexcept {
+  return ExecuteStep(step, operands, tables);
+}
 
 Program::Program() = default;
 Program::Program(Program&&) noexcept = default;
@@ -70,9 +114,10 @@ void Program::Run(Frame frame) const noexcept {
   if (!fCode) return;
   const Tables& tables = *fCode->tables;
   const Operand* const operands = fCode->operands.data();
+  Operands own(operands, 0, frame.data(), tables.constants.data());
   for (const Instruction& step : fCode->instructions) {
-    const Operands own(operands + step.firstOperand, frame.data(), tables.constants.data());
-    SetCell(frame[step.result], [&] { return Execute(step, own, tables); });
+    own.MoveTo(operands + step.firstOperand, step.operandCount);
+    SetCell(frame[step.result], [&] { return ExecuteStep(step, own, tables); });
   }
 }
 

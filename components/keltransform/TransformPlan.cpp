@@ -48,7 +48,7 @@ void TransformPlan::PlanSources(const TransformStages& stages, const ValueRecord
 void TransformPlan::Run(ValueRecord& record) const {
   if (fTargets.empty()) return;
   // The sources and the programs write every slot that the programs and the targets read.
-  const FrameStorage storage(fSlotCount, FrameStorage::kUninitialized);
+  const FrameStorage storage(fSlotCount, FrameStorage::kUninitialized, fPool.HasMadeTexts());
   const Frame frame = storage.Cells();
   for (const Source& source : fSources) {
     SetCell(frame[source.input->Slot()], [&] { return source.input->Read(record.At(source.position), fPool); });

@@ -13,11 +13,12 @@ namespace {
 
 class StageBuilder {
  public:
-  StageBuilder(const TransformStages& earlier, const Element& dataDictionary, TextPool& pool)
+  StageBuilder(const TransformStages& earlier, const Element& dataDictionary, std::string_view version, TextPool& pool)
       : fEarlier(earlier),
         fPool(pool),
         fStage(std::make_unique<TransformStage>()),
         fCompiler(pool, [this](std::string_view name) { return FindInput(name); }) {
+    fCompiler.SetVersion(version);
     fStage->data = DataDictionary(dataDictionary);
     const std::uint32_t usedSlots = earlier.empty() ? 0 : earlier.back()->slotCount;
     while (fCompiler.SlotCount() < usedSlots) (void)fCompiler.NewSlot();
@@ -82,8 +83,9 @@ class StageBuilder {
 }  // namespace
 
 std::unique_ptr<const TransformStage> BuildStage(const TransformStages& earlier, const Element& dataDictionary,
-                                                 const Element& transformations, TextPool& pool) {
-  StageBuilder builder(earlier, dataDictionary, pool);
+                                                 const Element& transformations, std::string_view version,
+                                                 TextPool& pool) {
+  StageBuilder builder(earlier, dataDictionary, version, pool);
   builder.AddDerivedFields(transformations);
   return builder.Finish();
 }

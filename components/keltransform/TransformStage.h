@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -36,11 +37,11 @@ struct TransformStage {
 using TransformStages = std::vector<std::unique_ptr<const TransformStage>>;
 
 /// Compiles every derived field of a "TransformationDictionary" on top of the `earlier` stages, whose fields it may
-/// refer to, and the fields of a "DataDictionary"; either may be no element. Throws `PmmlError`, also for a name that
-/// is declared a second time.
+/// refer to, and the fields of a "DataDictionary"; either may be no element. `version` is that of the document, empty
+/// if it isn't known. Throws `PmmlError`, also for a name that is declared a second time.
 [[nodiscard]] std::unique_ptr<const TransformStage> BuildStage(const TransformStages& earlier,
                                                                const KelXML_1_3::Element& dataDictionary,
                                                                const KelXML_1_3::Element& transformations,
-                                                               TextPool& pool);
+                                                               std::string_view version, TextPool& pool);
 
 }  // namespace KelTransformNS

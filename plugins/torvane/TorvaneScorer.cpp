@@ -57,7 +57,7 @@ KelStatus TorvaneScorer::ScoreBound(const ValueRecord& in, ValueRecord& out) {
       fOutputBindings.Get(out.Layout(), [&] { return std::make_unique<const OutputBinding>(BindOutputs(out)); });
   if (!inputs->isComplete) return {kDerivedFieldMissing, false};
 
-  FrameStorage storage(fCellCount, FrameStorage::kUninitialized);
+  FrameStorage storage(fCellCount, FrameStorage::kUninitialized, fPool->HasMadeTexts());
   const KelTransformNS::Frame frame = storage.Cells().first(fModel->SlotCount());
   Prediction prediction;
   prediction.probabilities = reinterpret_cast<double*>(frame.data() + frame.size());

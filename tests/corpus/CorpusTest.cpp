@@ -24,11 +24,7 @@ struct Refusal {
   const char* reason;
 };
 constexpr Refusal kRefusals[] = {
-    {"RegressionModel/dmg-RegressionOutput", "Apply"},
-    {"RegressionModel/sklearn-HousingLRClassifier_PCA", "Apply"},
-    {"RegressionModel/sklearn-HousingLinearRegressor", "Apply"},
-    {"RegressionModel/sklearn-HousingLinearRegressor_PCA", "Apply"},
-    {"RegressionModel/sklearn-LinearDiscriminantAnalysisSentiment-4.4", "Apply"},
+    {"RegressionModel/sklearn-LinearDiscriminantAnalysisSentiment-4.4", "TextIndex"},
 };
 
 // What the reason of a refusal must name; null if the case must be scored.

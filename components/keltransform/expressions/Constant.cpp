@@ -34,4 +34,10 @@ CompiledValue CompileConstant(const Element& element, ExpressionContext& context
   return context.code.Constant(ReadTextLiteral(element, element.Text(), type, context.code.Pool()), type);
 }
 
+std::optional<CompiledValue> FindConstantOf(const Element& element, DataType type, CodeBuilder& code) {
+  if (IsMissing(element, type)) return code.Constant(Cell::Missing(), type);
+  const Cell cell = ReadLiteral(element.Text(), type, code.Pool());
+  return cell.IsInvalid() ? std::nullopt : std::optional(code.Constant(cell, type));
+}
+
 }  // namespace KelTransformNS

@@ -27,7 +27,7 @@ constexpr std::array<ExpressionKind, 10> kExpressionKinds = {{
     {"NormDiscrete", CompileNormDiscrete},
     {"Discretize", CompileDiscretize},
     {"MapValues", CompileMapValues},
-    {"Apply", RefuseExpression},
+    {"Apply", CompileApply},
     {"Aggregate", RefuseExpression},
     {"TextIndex", RefuseExpression},
     {"Lag", RefuseExpression},

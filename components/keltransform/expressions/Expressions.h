@@ -7,8 +7,19 @@
 
 #include "components/kelparsexml/ElementTree.h"
 #include "components/keltransform/CodeBuilder.h"
+#include "components/keltransform/DeclaredFunctions.h"
 
 namespace KelTransformNS {
+
+/// What the function calls of one document share.
+struct FunctionScope {
+  DeclaredFunctions declared;
+  /// In PMML 4.1 "mapMissingTo" of a call replaces its missing result; from 4.2 on "defaultValue" does that, and
+  /// "mapMissingTo" speaks of missing arguments.
+  bool mapsMissingResults = false;
+  /// The elements that were compiled inside of functions so far.
+  std::size_t inlinedElements = 0;
+};
 
 /// What an expression is compiled in.
 struct ExpressionContext {
@@ -16,6 +27,8 @@ struct ExpressionContext {
   using FieldLookup = std::function<CompiledValue(std::string_view name, const KelXML_1_3::Element& referrer)>;
 
   CodeBuilder& code;
+  FunctionScope& functions;
+  std::size_t dictionaries;  ///< the expression sees the functions of so many
   FieldLookup findField;
   /// The type that the result will be converted to, if that is known: literals without a type of their own are of it.
   std::optional<DataType> wantedType;
@@ -37,8 +50,13 @@ struct ExpressionContext {
 [[nodiscard]] CompiledValue CompileNormDiscrete(const KelXML_1_3::Element& element, ExpressionContext& context);
 [[nodiscard]] CompiledValue CompileDiscretize(const KelXML_1_3::Element& element, ExpressionContext& context);
 [[nodiscard]] CompiledValue CompileMapValues(const KelXML_1_3::Element& element, ExpressionContext& context);
+[[nodiscard]] CompiledValue CompileApply(const KelXML_1_3::Element& element, ExpressionContext& context);
 
 // What they share.
+
+/// The value of a "Constant" as one of `type`, nothing if it is none.
+[[nodiscard]] std::optional<CompiledValue> FindConstantOf(const KelXML_1_3::Element& element, DataType type,
+                                                          CodeBuilder& code);
 
 /// The field that the "field" attribute names.
 [[nodiscard]] CompiledValue CompileField(const KelXML_1_3::Element& element, ExpressionContext& context);

@@ -43,6 +43,7 @@ FieldScope::FieldScope(const Document& document, const Element& model)
     : fDocument(document),
       fSchema(ReadMiningSchema(model.RequiredChild("MiningSchema"))),
       fCompiler(document.pool, [this](std::string_view name) { return FindInput(name); }) {
+  fCompiler.SetVersion(fDocument.root.Attribute("version").value_or(""));
   DeclareDerivedFields(model);
   CheckSchema();
 }

@@ -22,6 +22,22 @@ std::string EveryKind() {
              "mapped", "string",
              R"(<MapValues outputColumn="o"><FieldColumnPair field="s" column="c"/><FieldColumnPair field="i" column="d"/><InlineTable><row><c>a</c><d>1</d><o>A1</o></row></InlineTable></MapValues>)") +
          Derived("copy", "string", R"(<FieldRef field="s"/>)") + Derived("text", "string", R"(<FieldRef field="x"/>)") +
+         Derived("upper", "string", R"(<Apply function="uppercase"><FieldRef field="s"/></Apply>)") +
+         Derived(
+             "joined", "string",
+             R"(<Apply function="concat"><FieldRef field="upper"/><Constant> and </Constant><FieldRef field="x"/></Apply>)") +
+         Derived(
+             "formatted", "string",
+             R"(<Apply function="formatNumber"><FieldRef field="x"/><Constant>a number of eight places: %.8f</Constant></Apply>)") +
+         Derived(
+             "day text", "string",
+             R"(<Apply function="formatDatetime"><FieldRef field="day"/><Constant>%A, %d of %B %Y, day %j</Constant></Apply>)") +
+         Derived(
+             "middle", "double",
+             R"(<Apply function="median"><FieldRef field="x"/><FieldRef field="y"/><FieldRef field="i"/></Apply>)") +
+         Derived(
+             "chosen", "string",
+             R"(<Apply function="if"><Apply function="equal"><FieldRef field="upper"/><FieldRef field="s"/></Apply><FieldRef field="s"/><FieldRef field="joined"/></Apply>)") +
          Derived("date", "date", R"(<FieldRef field="day"/>)") + Derived("five", "double", "<Constant>5</Constant>");
 }
 

@@ -52,7 +52,7 @@ class ExpressionCompilerTest : public testing::Test {
   }
 
   double Run(const Program& program, std::uint32_t slot, double x) {
-    const FrameStorage storage(fCompiler.SlotCount());
+    const FrameStorage storage(fCompiler.SlotCount(), FrameStorage::kMissing, fPool.HasMadeTexts());
     if (const auto found = fInputs.find("x"); found != fInputs.end()) storage.Cells()[found->second] = Cell::Number(x);
     program.Run(storage.Cells());
     return storage.Cells()[slot].number;
@@ -84,11 +84,28 @@ TEST_F(ExpressionCompilerTest, Resolve_ForwardReferences_ComputesInTheOrderOfUse
 }
 
 TEST_F(ExpressionCompilerTest, Resolve_OneOfManyFields_CompilesNothingElse) {
-  Declare(Field("good", Twice("x")) + Field("bad", "<Apply function=\"ln\"><FieldRef field=\"y\"/></Apply>"));
+  Declare(Field("good", Twice("x")) + Field("bad", "<Apply function=\"log2\"><FieldRef field=\"y\"/></Apply>"));
   (void)fCompiler.Resolve("good", fRoot);
   EXPECT_EQ(fLookups.count("y"), 0U);
-  EXPECT_THAT(ErrorOf("bad"), HasSubstr("<Apply function=\"ln\">"));
+  EXPECT_THAT(ErrorOf("bad"), HasSubstr("<Apply function=\"log2\">"));
   EXPECT_THAT(fCompiler.DerivedFieldNames(), ElementsAre("good", "bad"));
+}
+
+TEST_F(ExpressionCompilerTest, Resolve_CallOfConstants_IsComputedOnce) {
+  Declare(Field("c", R"(<Apply function="sqrt"><Apply function="if"><Apply function="lessThan"><Constant>1</Constant>
+      <Constant>2</Constant></Apply><Constant>16</Constant></Apply></Apply>)"));
+  const std::uint32_t slot = fCompiler.Resolve("c", fRoot).slot;
+  EXPECT_EQ(fCompiler.SlotCount(), 1U);  // the copy of the result
+  EXPECT_EQ(Run(fCompiler.Finish(), slot, 0.0), 4.0);
+}
+
+TEST_F(ExpressionCompilerTest, Resolve_ConstantTextsThatGrow_AreNotKept) {
+  std::string text = "<Constant>a</Constant>";
+  for (int doubling = 0; doubling < 12; ++doubling) text = "<Apply function=\"concat\">" + text + text + "</Apply>";
+  Declare(Field("c", "<Apply function=\"stringLength\">" + text + "</Apply>"));
+  const std::uint32_t slot = fCompiler.Resolve("c", fRoot).slot;
+  EXPECT_LT(fPool.Size(), 20U);
+  EXPECT_EQ(Run(fCompiler.Finish(), slot, 0.0), 4096.0);
 }
 
 TEST_F(ExpressionCompilerTest, Resolve_PlainReference_SharesTheSlot) {
@@ -155,7 +172,7 @@ TEST_F(ExpressionCompilerTest, Finish_Twice_SecondProgramGoesOnFromTheFirst) {
   const ResolvedField result = fCompiler.CompileExpression(Parse(Twice("b")), DataType::kFloat);
   EXPECT_EQ(result.dataType, DataType::kFloat);
   const Program second = fCompiler.Finish();
-  const FrameStorage storage(fCompiler.SlotCount());
+  const FrameStorage storage(fCompiler.SlotCount(), FrameStorage::kMissing, fPool.HasMadeTexts());
   storage.Cells()[fInputs["x"]] = Cell::Number(1);
   first.Run(storage.Cells());
   second.Run(storage.Cells());
@@ -165,7 +182,7 @@ TEST_F(ExpressionCompilerTest, Finish_Twice_SecondProgramGoesOnFromTheFirst) {
 TEST_F(ExpressionCompilerTest, CompileExpression_Constants_NeedNoConversionAtRunTime) {
   const ResolvedField text =
       fCompiler.CompileExpression(Parse("<Constant dataType=\"double\">2.50</Constant>"), DataType::kString);
-  const FrameStorage storage(fCompiler.SlotCount());
+  const FrameStorage storage(fCompiler.SlotCount(), FrameStorage::kMissing, fPool.HasMadeTexts());
   fCompiler.Finish().Run(storage.Cells());
   const Cell cell = storage.Cells()[text.slot];
   ASSERT_EQ(cell.state, Cell::kText);

@@ -36,8 +36,6 @@ TEST_P(ExpressionRefusalTest, AddPMML_BadExpression_NamesElementAndLine) {
 INSTANTIATE_TEST_SUITE_P(
     Kinds, ExpressionRefusalTest,
     testing::Values(
-        RefusalCase{"apply", R"(<Apply function="ln"><FieldRef field="x"/></Apply>)",
-                    R"(<Apply function="ln"> line 20: this expression isn't supported)"},
         RefusalCase{"aggregate", R"(<Aggregate field="x" function="sum"/>)", R"(<Aggregate function="sum"> line 20)"},
         RefusalCase{"text_index", R"(<TextIndex textField="s"/>)", "<TextIndex> line 20"},
         RefusalCase{"lag", R"(<Lag field="x"/>)", "<Lag> line 20"},
@@ -55,6 +53,73 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"constant_cast_fails", R"(<Constant dataType="string">many</Constant>)", "double"},
         RefusalCase{"time_as_number_of_days", R"(<Constant dataType="date">2004-02-30</Constant>)", "type date"}),
     CaseName());
+
+INSTANTIATE_TEST_SUITE_P(
+    Functions, ExpressionRefusalTest,
+    testing::Values(
+        RefusalCase{"unknown", R"(<Apply function="log2"><FieldRef field="x"/></Apply>)",
+                    R"(<Apply function="log2"> line 20: there is no such function)"},
+        RefusalCase{"case_counts", R"(<Apply function="LN"><FieldRef field="x"/></Apply>)", "no such function"},
+        RefusalCase{"unknown_with_prefix", R"(<Apply function="x-log2"><FieldRef field="x"/></Apply>)", "x-log2"},
+        RefusalCase{"no_name", R"(<Apply><FieldRef field="x"/></Apply>)", "function"},
+        RefusalCase{"regular_expressions", R"(<Apply function="replace"/>)",
+                    R"(<Apply function="replace"> line 20: isn't supported: it needs regular expressions)"},
+        RefusalCase{"unknown_further_in",
+                    "<Apply function=\"ln\"><Apply function=\"exp\">\n<Apply function=\"nothing\"/></Apply></Apply>",
+                    R"(<Apply function="nothing"> line 21)"},
+        RefusalCase{"no_expression_inside", R"(<Apply function="ln"><Field/></Apply>)", "<Field> line 20: this is no"},
+        RefusalCase{"too_few", R"(<Apply function="+"><FieldRef field="x"/></Apply>)",
+                    R"(<Apply function="+"> line 20: takes 2 arguments, not 1)"},
+        RefusalCase{"too_many", R"(<Apply function="ln"><FieldRef field="x"/><FieldRef field="x"/></Apply>)",
+                    "takes 1 argument, not 2"},
+        RefusalCase{"one_of_two_counts", R"(<Apply function="if"><FieldRef field="b"/></Apply>)",
+                    "takes 2 or 3 arguments, not 1"},
+        RefusalCase{"no_arguments", R"(<Apply function="max"><Extension/></Apply>)",
+                    "takes at least 1 argument, not 0"},
+        RefusalCase{"constant_no_number", R"(<Apply function="ln"><Constant>many</Constant></Apply>)",
+                    "<Constant> line 20: its value is no value of the type double"},
+        RefusalCase{"number_for_date",
+                    R"(<Apply function="dateDaysSinceYear"><FieldRef field="i"/><Constant>1960</Constant></Apply>)",
+                    R"(<FieldRef> line 20: the function takes a date or time here, not a value of the type integer)"},
+        RefusalCase{"time_for_date",
+                    R"(<Apply function="dateDaysSinceYear"><FieldRef field="clock"/><Constant>1960</Constant></Apply>)",
+                    "can't be converted"},
+        RefusalCase{"date_as_text", R"(<Apply function="uppercase"><FieldRef field="day"/></Apply>)",
+                    "can't be converted to string"},
+        RefusalCase{"mapped_missing_no_number",
+                    R"(<Apply function="ln" mapMissingTo="none"><FieldRef field="x"/></Apply>)",
+                    R"(<Apply mapMissingTo="none"> line 20)"},
+        RefusalCase{"default_no_number", R"(<Apply function="ln" defaultValue=""><FieldRef field="x"/></Apply>)",
+                    R"(<Apply defaultValue=""> line 20)"},
+        RefusalCase{"unknown_treatment",
+                    R"(<Apply function="ln" invalidValueTreatment="asValue"><FieldRef field="x"/></Apply>)",
+                    "returnInvalid, asIs, asMissing"}),
+    CaseName());
+
+class PatternRefusalTest : public testing::TestWithParam<const char*> {};
+
+// A pattern of the document that printf would take for an address, for memory without end, or for nothing.
+TEST_P(PatternRefusalTest, AddPMML_BadPattern_QuotesIt) {
+  const std::string call = std::string("<Apply function=\"formatNumber\"><FieldRef field=\"x\"/><Constant>") +
+                           GetParam() + "</Constant></Apply>";
+  KelTransformation transformation;
+  EXPECT_TRUE(AddPmml(transformation, Pmml(StandardFields(), Derived("bad", "string", call))).IsError());
+  EXPECT_THAT(KelDiagnostics::Last(), HasSubstr(std::string("\"") + GetParam() + "\" is no pattern"));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, PatternRefusalTest,
+                         testing::Values("%n", "%s", "%p", "%*d", "%999999999d", "%.201f", "%", "%d %d", "none", "%%",
+                                         "%5", "%1$d", "%a", "%99999999999999999999d"));
+
+TEST(PatternRefusalTest, AddPMML_BadDatetimePattern_QuotesIt) {
+  for (const std::string pattern : {"%Q", "%", "%Y-%", "%5Y", "%EY"}) {
+    KelTransformation transformation;
+    const std::string call =
+        R"(<Apply function="formatDatetime"><FieldRef field="day"/><Constant>)" + pattern + "</Constant></Apply>";
+    EXPECT_TRUE(AddPmml(transformation, Pmml(StandardFields(), Derived("bad", "string", call))).IsError());
+    EXPECT_THAT(KelDiagnostics::Last(), HasSubstr("\"" + pattern + "\" is no pattern"));
+  }
+}
 
 INSTANTIATE_TEST_SUITE_P(
     Norms, ExpressionRefusalTest,

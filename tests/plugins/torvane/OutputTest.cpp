@@ -151,6 +151,31 @@ TEST(Expression, MayReferToFieldsAndToOutputsBeforeIt) {
   EXPECT_EQ(Number(out, "advice"), 1.0);
 }
 
+TEST(Expression, OfFunctions_MakesTextsAndKnowsThemAsCategories) {
+  const Scorer scorer = Load(Leaf(R"(<OutputField name="answer" feature="predictedValue"/>
+      <OutputField name="loud" dataType="string"><Apply function="uppercase"><FieldRef field="answer"/></Apply></OutputField>
+      <OutputField name="isNo" dataType="double"><NormDiscrete field="loud" value="NO"/></OutputField>
+      <OutputField name="advice" dataType="string"><Apply function="if"><Apply function="greaterThan">
+        <FieldRef field="x"/><Constant>4</Constant></Apply><FieldRef field="loud"/><Constant>wait</Constant></Apply>
+      </OutputField>)"));
+  const auto out = scorer.Score({{"x", 4.5}});
+  EXPECT_EQ(Shown(out, "loud"), "NO");
+  EXPECT_EQ(Number(out, "isNo"), 1.0);
+  EXPECT_EQ(Shown(out, "advice"), "NO");
+  EXPECT_EQ(Shown(scorer.Score({{"x", 3.5}}), "advice"), "wait");
+}
+
+// In PMML 4.1 the attribute replaces a missing result, later on missing arguments.
+TEST(Expression, MapMissingTo_MeansWhatTheVersionOfTheDocumentSays) {
+  const char* const outputs = R"(<OutputField name="o" dataType="double"><Apply function="sum" mapMissingTo="-1">
+      <FieldRef field="x"/><Constant>2</Constant></Apply></OutputField>)";
+  Document document = Leaf(outputs);
+  document.version = "4.1";
+  EXPECT_EQ(Number(Load(document).Score({}), "o"), 2.0);
+  document.version = "4.2";
+  EXPECT_EQ(Number(Load(document).Score({}), "o"), -1.0);
+}
+
 // Names that the vocabulary keeps for itself were once read before they were written.
 TEST(Expression, MayReferToAFieldWhoseNameTheVocabularyKeeps) {
   const auto out = Load(Leaf(R"(<OutputField name="probability" feature="probability" value="yes"/>
@@ -255,10 +280,9 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"later_output",
                     Leaf(R"(<OutputField name="o"><FieldRef field="p"/></OutputField><OutputField name="p"/>)"),
                     "no such field"},
-        RefusalCase{
-            "function",
-            Leaf(R"(<OutputField name="o"><Apply function="round"><FieldRef field="x"/></Apply></OutputField>)"),
-            "Apply"},
+        RefusalCase{"unknown_function",
+                    Leaf(R"(<OutputField name="o"><Apply function="log2"><FieldRef field="x"/></Apply></OutputField>)"),
+                    "<Apply function=\"log2\">"},
         RefusalCase{"probability_of_a_number",
                     Numeric(R"(<Output><OutputField name="o" feature="probability"/></Output>)"),
                     "needs a classification"},
