@@ -10,10 +10,13 @@ using KelTransformNS::Cell;
 
 namespace {
 
-MiningFunction ReadFunction(const Element& model) {
+MiningFunction ReadFunction(const Element& model, const ModelKind& kind) {
   static constexpr Word<MiningFunction> kFunctions[] = {{"regression", MiningFunction::kRegression},
-                                                        {"classification", MiningFunction::kClassification}};
-  return ReadRequiredWord(model, "functionName", kFunctions);
+                                                        {"classification", MiningFunction::kClassification},
+                                                        {"clustering", MiningFunction::kClustering}};
+  const MiningFunction function = ReadRequiredWord(model, "functionName", kFunctions);
+  if (!kind.Serves(function)) throw model.AttributeError("functionName", "isn't one of this kind of model");
+  return function;
 }
 
 void CheckIsScorable(const Element& model) {
@@ -23,7 +26,7 @@ void CheckIsScorable(const Element& model) {
 }
 
 void CheckHasCategories(const Element& model, const Target& target) {
-  if (target.Function() == MiningFunction::kClassification && target.Categories().empty()) {
+  if (!target.IsNumeric() && target.Categories().empty()) {
     throw model.Error("names no category that it could predict");
   }
 }
@@ -31,14 +34,14 @@ void CheckHasCategories(const Element& model, const Target& target) {
 }  // namespace
 
 std::unique_ptr<const CompiledModel> CompiledModel::Build(const Element& model, const Document& document) {
-  const BuildBody build = FindBuilder(model.Name());
-  if (build == nullptr) throw model.Error("is not supported");
+  const ModelKind* const kind = FindKind(model.Name());
+  if (kind == nullptr) throw model.Error("is not supported");
   CheckIsScorable(model);
   FieldScope scope(document, model);
   std::unique_ptr<CompiledModel> compiled(new CompiledModel);
-  compiled->fTarget = std::make_unique<Target>(scope, model, ReadFunction(model),
+  compiled->fTarget = std::make_unique<Target>(scope, model, ReadFunction(model, *kind),
                                                model.Attribute("targetFieldName").value_or(std::string_view()));
-  compiled->fBody = build(model, scope, *compiled->fTarget);
+  compiled->fBody = kind->build(model, scope, *compiled->fTarget);
   CheckHasCategories(model, *compiled->fTarget);
   compiled->fDerived = scope.Compiler().Finish();
   compiled->fHasDerived = !compiled->fDerived.IsEmpty();
@@ -58,7 +61,7 @@ void CompiledModel::Evaluate(KelTransformNS::Frame frame, Prediction& prediction
       return;
     }
   }
-  fBody->Evaluate(frame.data(), prediction);
+  fBody->Evaluate(frame, prediction);
   fTarget->Finish(prediction);
 }
 

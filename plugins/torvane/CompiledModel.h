@@ -27,6 +27,7 @@ class CompiledModel {
   [[nodiscard]] const OutputTable& Outputs() const noexcept { return *fOutputs; }
   [[nodiscard]] std::uint32_t SlotCount() const noexcept { return fSlotCount; }
   [[nodiscard]] std::uint32_t CategoryCount() const noexcept { return fCategoryCount; }
+  [[nodiscard]] const ModelBody& Body() const noexcept { return *fBody; }
 
   /// Evaluates a frame whose input slots are filled. `prediction` has its arrays, and what is wanted, set.
   void Evaluate(KelTransformNS::Frame frame, Prediction& prediction) const;

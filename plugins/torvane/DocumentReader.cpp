@@ -46,7 +46,7 @@ std::string ReadModelType(const KelXML_1_3::KelSettings& settings) {
   std::string modelType;
   (void)settings.GetSettingValByName(Const::kSettingScoringModelType, modelType);
   if (modelType.empty()) throw PmmlError("The document has no model of a kind that is known");
-  if (FindBuilder(modelType) == nullptr) throw PmmlError("<" + modelType + "> is not supported");
+  if (FindKind(modelType) == nullptr) throw PmmlError("<" + modelType + "> is not supported");
   return modelType;
 }
 

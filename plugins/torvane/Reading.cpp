@@ -1,12 +1,28 @@
 #include "plugins/torvane/Reading.h"
 
 #include <algorithm>
+#include <cmath>
+#include <span>
+#include <vector>
 
 namespace Torvane {
 
 using KelTransformNS::Cell;
 using KelTransformNS::DataType;
 using KelTransformNS::TextPool;
+
+namespace {
+
+void RefuseOthers(const Element& element, std::span<const std::string_view> known) {
+  for (Element child = element.FirstChild(); child; child = child.NextSibling()) {
+    const bool isKnown = std::find(known.begin(), known.end(), child.Name()) != known.end();
+    if (!isKnown && !IsIgnorable(child)) {
+      throw child.Error("is not supported in <" + std::string(element.Name()) + ">");
+    }
+  }
+}
+
+}  // namespace
 
 void ThrowUnknownWord(const Element& element, std::string_view attribute, const std::string& knownWords) {
   throw element.AttributeError(attribute, "isn't one of: " + knownWords);
@@ -17,17 +33,26 @@ bool IsIgnorable(const Element& element) noexcept {
 }
 
 void RefuseUnknownChildren(const Element& element, std::initializer_list<std::string_view> known) {
-  for (Element child = element.FirstChild(); child; child = child.NextSibling()) {
-    const bool isKnown = std::find(known.begin(), known.end(), child.Name()) != known.end();
-    if (!isKnown && !IsIgnorable(child)) {
-      throw child.Error("is not supported in <" + std::string(element.Name()) + ">");
-    }
-  }
+  RefuseOthers(element, {known.begin(), known.size()});
 }
 
-void RefuseUnknownModelChildren(const Element& model, std::string_view body) {
-  RefuseUnknownChildren(model, {"MiningSchema", "Output", "ModelStats", "ModelExplanation", "Targets",
-                                "LocalTransformations", "ModelVerification", body});
+std::optional<double> ReadFinite(const Element& element, std::string_view attribute) {
+  const std::optional<double> number = element.Number(attribute);
+  if (number && !std::isfinite(*number)) throw element.AttributeError(attribute, "isn't finite");
+  return number;
+}
+
+double RequiredFinite(const Element& element, std::string_view attribute) {
+  (void)element.Required(attribute);
+  return *ReadFinite(element, attribute);
+}
+
+void RefuseUnknownModelChildren(const Element& model, std::initializer_list<std::string_view> body) {
+  std::vector<std::string_view> known = {"MiningSchema",     "Output",  "ModelStats",
+                                         "ModelExplanation", "Targets", "LocalTransformations",
+                                         "ModelVerification"};
+  known.insert(known.end(), body.begin(), body.end());
+  RefuseOthers(model, known);
 }
 
 std::optional<Cell> FindComparand(std::string_view text, DataType type, TextPool& pool) {

@@ -60,7 +60,12 @@ Enum ReadRequiredWord(const Element& element, std::string_view attribute, const 
 void RefuseUnknownChildren(const Element& element, std::initializer_list<std::string_view> known);
 
 /// The same for a model element: what every kind may hold, and the elements of this kind's body.
-void RefuseUnknownModelChildren(const Element& model, std::string_view body);
+void RefuseUnknownModelChildren(const Element& model, std::initializer_list<std::string_view> body);
+
+/// A number that is neither infinite nor NaN, which throw. Nothing if the attribute isn't there.
+[[nodiscard]] std::optional<double> ReadFinite(const Element& element, std::string_view attribute);
+/// The same for an attribute that must be there.
+[[nodiscard]] double RequiredFinite(const Element& element, std::string_view attribute);
 
 /// A literal of the document that a field of a type is compared with: numbers for all types but strings, where it is
 /// a text of the pool. An integer field may be compared with 2.5, a boolean one with 0.5. `what` names the attribute

@@ -15,9 +15,11 @@ using KelTransformNS::FrameStorage;
 
 namespace {
 
-// The figures of the categories stand behind the cells of the frame, in the same memory.
-constexpr std::size_t CellsFor(std::size_t numberCount) {
-  return (numberCount * sizeof(double) + sizeof(Cell) - 1) / sizeof(Cell);
+// The arrays of a prediction stand behind the cells of the frame, in the same memory.
+std::size_t CellsForArrays(const CompiledModel& model) {
+  const std::size_t numberCount = std::size_t{2} * model.CategoryCount() + model.Body().ScratchCount();
+  const std::size_t bytes = numberCount * sizeof(double) + model.Body().RankingCapacity() * sizeof(RankedEntity);
+  return (bytes + sizeof(Cell) - 1) / sizeof(Cell);
 }
 
 // A number that isn't one of the marks of a missing number, NaN and the lowest of all. The infinity below it is left to
@@ -35,7 +37,7 @@ TorvaneScorer::TorvaneScorer(KelXML_1_3::KelSettings& settings, const KelXML_1_3
       fType(std::move(type)),
       fPool(std::move(pool)),
       fModel(std::move(model)),
-      fCellCount(fModel->SlotCount() + CellsFor(std::size_t{2} * fModel->CategoryCount())) {}
+      fCellCount(fModel->SlotCount() + CellsForArrays(*fModel)) {}
 
 KelStatus TorvaneScorer::Scorable(ValueRecord& record) {
   fModel->Outputs().Announce(record);
@@ -59,10 +61,7 @@ KelStatus TorvaneScorer::ScoreBound(const ValueRecord& in, ValueRecord& out) {
 
   FrameStorage storage(fCellCount, FrameStorage::kUninitialized, fPool->HasMadeTexts());
   const KelTransformNS::Frame frame = storage.Cells().first(fModel->SlotCount());
-  Prediction prediction;
-  prediction.probabilities = reinterpret_cast<double*>(frame.data() + frame.size());
-  prediction.confidences = prediction.probabilities + fModel->CategoryCount();
-  prediction.wantsDistribution = outputs->wantsDistribution;
+  Prediction prediction = MakePrediction(frame, *outputs);
   if (Gather(in, *inputs, frame.data())) {
     fModel->Evaluate(frame, prediction);
   } else {
@@ -76,6 +75,17 @@ KelStatus TorvaneScorer::ScoreBound(const ValueRecord& in, ValueRecord& out) {
     fModel->Outputs().Write(*place.output, frame.data(), prediction, out[place.position]);
   }
   return {};
+}
+
+Prediction TorvaneScorer::MakePrediction(KelTransformNS::Frame frame, const OutputBinding& outputs) const noexcept {
+  Prediction prediction;
+  prediction.probabilities = reinterpret_cast<double*>(frame.data() + frame.size());
+  prediction.confidences = prediction.probabilities + fModel->CategoryCount();
+  prediction.scratch = prediction.confidences + fModel->CategoryCount();
+  prediction.ranking = reinterpret_cast<RankedEntity*>(prediction.scratch + fModel->Body().ScratchCount());
+  prediction.wantsDistribution = outputs.wantsDistribution;
+  prediction.wantsRanking = outputs.wantsRanking;
+  return prediction;
 }
 
 TorvaneScorer::InputBinding TorvaneScorer::BindInputs(const ValueRecord& in) const {
@@ -102,6 +112,7 @@ TorvaneScorer::OutputBinding TorvaneScorer::BindOutputs(const ValueRecord& out) 
     if (position < 0) continue;
     binding.places.push_back({position, &output});
     if (fModel->Outputs().NeedsDistribution(output)) binding.wantsDistribution = true;
+    if (fModel->Outputs().NeedsRanking(output)) binding.wantsRanking = true;
     if (output.feature == Feature::kExpression) binding.wantsExpressions = true;
   }
   return binding;

@@ -59,12 +59,14 @@ class TorvaneScorer final : public KelScoring_20::ScoringBaseScorer {
     };
     std::vector<Place> places;
     bool wantsDistribution = false;
+    bool wantsRanking = false;
     bool wantsExpressions = false;
   };
 
   [[nodiscard]] InputBinding BindInputs(const KelCommon_1_3::ValueRecord& in) const;
   [[nodiscard]] OutputBinding BindOutputs(const KelCommon_1_3::ValueRecord& out) const;
   KelCommon_1_3::KelStatus ScoreBound(const KelCommon_1_3::ValueRecord& in, KelCommon_1_3::ValueRecord& out);
+  Prediction MakePrediction(KelTransformNS::Frame frame, const OutputBinding& outputs) const noexcept;
   bool Gather(const KelCommon_1_3::ValueRecord& in, const InputBinding& binding,
               KelTransformNS::Cell* frame) const noexcept;
   [[gnu::noinline]] bool GatherOne(const KelCommon_1_3::Value& value, const InputField& field,
@@ -73,7 +75,7 @@ class TorvaneScorer final : public KelScoring_20::ScoringBaseScorer {
   std::string fType;
   std::unique_ptr<const KelTransformNS::TextPool> fPool;  // before what refers to it
   std::unique_ptr<const CompiledModel> fModel;
-  std::size_t fCellCount;  // of the frame and the figures of the categories behind it
+  std::size_t fCellCount;  // of the frame and the arrays of a prediction behind it
   KelTransformNS::LayoutCache<InputBinding> fInputBindings;
   KelTransformNS::LayoutCache<OutputBinding> fOutputBindings;
 };

@@ -106,6 +106,14 @@ const Field& FieldScope::Resolve(std::string_view name, const Element& referrer)
   return fResolved.emplace(name, std::move(field)).first->second;
 }
 
+const Field& FieldScope::ResolveNumeric(std::string_view name, const Element& referrer) {
+  const Field& field = Resolve(name, referrer);
+  if (KelTransformNS::IsText(field.dataType)) {
+    throw referrer.Error("needs numbers, but field " + Quoted(name) + " holds texts");
+  }
+  return field;
+}
+
 Field FieldScope::ResolveNew(std::string_view name, const Element& referrer) {
   const ResolvedField& resolved = fCompiler.Resolve(name, referrer);
   const auto input = fInputsBySlot.find(resolved.slot);

@@ -71,6 +71,8 @@ class FieldScope {
   /// The field `name` for the element `referrer`. Throws `PmmlError` if the model can't see such a field. The reference
   /// lives as long as the scope.
   const Field& Resolve(std::string_view name, const Element& referrer);
+  /// The same for a field that is calculated with; one of texts throws as well.
+  const Field& ResolveNumeric(std::string_view name, const Element& referrer);
   /// Makes an output field visible to the expressions of those that follow it. An input of the same name stays.
   void AddOutput(const KelTransformNS::ResolvedField& field);
 

@@ -6,22 +6,20 @@
 namespace Torvane {
 namespace {
 
-struct Kind {
-  std::string_view elementName;
-  BuildBody build;
-};
+constexpr MiningFunction kNumber = MiningFunction::kRegression;
+constexpr MiningFunction kCategory = MiningFunction::kClassification;
 
 // All model kinds. A new one adds its line here.
-constexpr Kind kKinds[] = {
-    {"RegressionModel", RegressionModel::Build},
-    {"TreeModel", TreeModel::Build},
+const ModelKind kKinds[] = {
+    {"RegressionModel", RegressionModel::Build, {kNumber, kCategory}},
+    {"TreeModel", TreeModel::Build, {kNumber, kCategory}},
 };
 
 }  // namespace
 
-BuildBody FindBuilder(std::string_view elementName) noexcept {
-  for (const Kind& kind : kKinds) {
-    if (kind.elementName == elementName) return kind.build;
+const ModelKind* FindKind(std::string_view elementName) noexcept {
+  for (const ModelKind& kind : kKinds) {
+    if (kind.elementName == elementName) return &kind;
   }
   return nullptr;
 }

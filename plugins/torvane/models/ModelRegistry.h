@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <initializer_list>
 #include <memory>
 #include <string_view>
 
@@ -13,7 +15,18 @@ namespace Torvane {
 /// to `target`. Throws `PmmlError`.
 using BuildBody = std::unique_ptr<ModelBody> (*)(const Element& model, FieldScope& scope, Target& target);
 
-/// The builder of a model kind by its element name; null if the kind isn't supported.
-[[nodiscard]] BuildBody FindBuilder(std::string_view elementName) noexcept;
+/// A kind of model.
+struct ModelKind {
+  std::string_view elementName;
+  BuildBody build;
+  std::initializer_list<MiningFunction> functions;  ///< those that it may have
+
+  [[nodiscard]] bool Serves(MiningFunction function) const noexcept {
+    return std::find(functions.begin(), functions.end(), function) != functions.end();
+  }
+};
+
+/// The kind of an element name; null if it isn't supported.
+[[nodiscard]] const ModelKind* FindKind(std::string_view elementName) noexcept;
 
 }  // namespace Torvane

@@ -4,14 +4,16 @@
 #include <cmath>
 #include <numbers>
 
+#include "plugins/torvane/models/Figures.h"
+
 namespace Torvane {
 
 using KelTransformNS::Cell;
 
-void RegressionModel::Evaluate(const Cell* frame, Prediction& prediction) const noexcept {
-  if (fIsClassification) return Classify(frame, prediction);
+void RegressionModel::Evaluate(KelTransformNS::Frame frame, Prediction& prediction) const noexcept {
+  if (fIsClassification) return Classify(frame.data(), prediction);
   double y = 0.0;
-  if (!fTables[0].Evaluate(frame, y)) return;
+  if (!fTables[0].Evaluate(frame.data(), y)) return;
   prediction.number = Inverse(fMethod, y);
   prediction.outcome = Outcome::kValue;
 }
@@ -44,7 +46,7 @@ void RegressionModel::Combine(double* p) const noexcept {
   const std::size_t count = fTables.size();
   switch (fCombination) {
     case Combination::kSoftmax:
-      return Softmax(p);
+      return Softmax(p, count);
     case Combination::kBinary: {
       const double event = Inverse(fMethod, p[fBinaryTable]);
       const double limited = fMethod == Method::kNone ? std::clamp(event, 0.0, 1.0) : event;
@@ -65,21 +67,8 @@ void RegressionModel::Combine(double* p) const noexcept {
     }
     default:
       for (std::size_t i = 0; i < count; ++i) p[i] = Inverse(fMethod, p[i]);
-      if (fCombination == Combination::kEachShared) Share(p);
+      if (fCombination == Combination::kEachShared) Share(p, count);
   }
-}
-
-void RegressionModel::Share(double* p) const noexcept {
-  double sum = 0.0;
-  for (std::size_t i = 0; i < fTables.size(); ++i) sum += p[i];
-  for (std::size_t i = 0; i < fTables.size(); ++i) p[i] /= sum;
-}
-
-// The largest y is taken off first, so that no exponential overflows.
-void RegressionModel::Softmax(double* p) const noexcept {
-  const double largest = *std::max_element(p, p + fTables.size());
-  for (std::size_t i = 0; i < fTables.size(); ++i) p[i] = std::exp(p[i] - largest);
-  Share(p);
 }
 
 // F(y_j) is the probability of the categories up to j; the y of the last category plays no part.

@@ -20,7 +20,7 @@ class RegressionModel final : public ModelBody {
  public:
   static std::unique_ptr<ModelBody> Build(const Element& model, FieldScope& scope, Target& target);
 
-  void Evaluate(const KelTransformNS::Cell* frame, Prediction& prediction) const noexcept override;
+  void Evaluate(KelTransformNS::Frame frame, Prediction& prediction) const noexcept override;
 
  private:
   friend class RegressionReader;
@@ -50,8 +50,6 @@ class RegressionModel final : public ModelBody {
   static double Inverse(Method method, double y) noexcept;
   void Classify(const KelTransformNS::Cell* frame, Prediction& prediction) const noexcept;
   void Combine(double* p) const noexcept;
-  void Share(double* p) const noexcept;
-  void Softmax(double* p) const noexcept;
   void Accumulate(double* p) const noexcept;
 
   std::vector<RegressionTable> fTables;      // a classification's: in document order, but along the order of an ordinal

@@ -30,7 +30,7 @@ std::unique_ptr<RegressionModel> RegressionReader::Read() {
       {"logit", Method::kLogit},   {"probit", Method::kProbit},       {"cloglog", Method::kCloglog},
       {"loglog", Method::kLoglog}, {"cauchit", Method::kCauchit},     {"exp", Method::kExp},
   };
-  RefuseUnknownModelChildren(fElement, "RegressionTable");
+  RefuseUnknownModelChildren(fElement, {"RegressionTable"});
   (void)ReadWord(fElement, "modelType", kModelTypes, 0);
   fModel->fMethod = ReadWord(fElement, "normalizationMethod", kMethods, Method::kNone);
   fModel->fIsClassification = fTarget.Function() == MiningFunction::kClassification;

@@ -15,20 +15,6 @@ namespace {
 // A run of predictors is a plain array while it takes no more than so many entries for each of them.
 constexpr std::size_t kEntriesPerPredictor = 16;
 
-double ReadFinite(const Element& element, std::string_view attribute) {
-  const double number = element.RequiredNumber(attribute);
-  if (!std::isfinite(number)) throw element.AttributeError(attribute, "isn't finite");
-  return number;
-}
-
-const Field& ResolveNumeric(FieldScope& scope, std::string_view name, const Element& referrer) {
-  const Field& field = scope.Resolve(name, referrer);
-  if (KelTransformNS::IsText(field.dataType)) {
-    throw referrer.Error("needs numbers, but field " + Quoted(name) + " holds texts");
-  }
-  return field;
-}
-
 int ReadExponent(const Element& element) {
   const double exponent = element.Number("exponent", 1.0);
   constexpr double kLargest = std::numeric_limits<int>::max();
@@ -54,7 +40,7 @@ double Lookup(const std::vector<std::pair<Key, double>>& list, Key key) noexcept
 }  // namespace
 
 RegressionTable::RegressionTable(const Element& element, FieldScope& scope)
-    : fIntercept(ReadFinite(element, "intercept")) {
+    : fIntercept(RequiredFinite(element, "intercept")) {
   RefuseUnknownChildren(element, {"NumericPredictor", "CategoricalPredictor", "PredictorTerm"});
   for (Element child = element.Child("NumericPredictor"); child; child = child.Next("NumericPredictor")) {
     ReadNumericPredictor(child, scope);
@@ -67,8 +53,8 @@ RegressionTable::RegressionTable(const Element& element, FieldScope& scope)
 
 void RegressionTable::ReadNumericPredictor(const Element& element, FieldScope& scope) {
   RefuseUnknownChildren(element, {});
-  const Field& field = ResolveNumeric(scope, element.Required("name"), element);
-  fNumericTerms.push_back({ReadFinite(element, "coefficient"), field.slot, ReadExponent(element)});
+  const Field& field = scope.ResolveNumeric(element.Required("name"), element);
+  fNumericTerms.push_back({RequiredFinite(element, "coefficient"), field.slot, ReadExponent(element)});
 }
 
 void RegressionTable::ReadCategoricalPredictors(const Element& table, FieldScope& scope) {
@@ -80,7 +66,7 @@ void RegressionTable::ReadCategoricalPredictors(const Element& table, FieldScope
     if (!known.emplace(field.slot, category.textId, category.number).second) {
       throw child.AttributeError("value", "has a coefficient already");
     }
-    AddCategory(field.slot, category, ReadFinite(child, "coefficient"));
+    AddCategory(field.slot, category, RequiredFinite(child, "coefficient"));
   }
   for (CategoryTerm& term : fCategoryTerms) Seal(term);
 }
@@ -114,11 +100,11 @@ void RegressionTable::Seal(CategoryTerm& term) {
 
 void RegressionTable::ReadTerm(const Element& element, FieldScope& scope) {
   RefuseUnknownChildren(element, {"FieldRef"});
-  ProductTerm term{ReadFinite(element, "coefficient"), static_cast<std::uint32_t>(fProductSlots.size()), 0};
+  ProductTerm term{RequiredFinite(element, "coefficient"), static_cast<std::uint32_t>(fProductSlots.size()), 0};
   for (Element child = element.Child("FieldRef"); child; child = child.Next("FieldRef")) {
     RefuseUnknownChildren(child, {});
     if (child.Attribute("mapMissingTo")) throw child.AttributeError("mapMissingTo", "is not supported in a term");
-    fProductSlots.push_back(ResolveNumeric(scope, child.Required("field"), child).slot);
+    fProductSlots.push_back(scope.ResolveNumeric(child.Required("field"), child).slot);
   }
   term.endSlot = static_cast<std::uint32_t>(fProductSlots.size());
   if (term.firstSlot == term.endSlot) throw element.Error("has no field");

@@ -69,9 +69,13 @@ void NodeIds::Write(std::uint32_t node, Value& value) const {
 
 // --- Evaluation ---
 
-const char* TreeModel::EntityKey() const noexcept { return KelScoring_20::KelScoringConst::kOutputTreeNodeid; }
+std::span<const KindOutput> TreeModel::KindOutputs() const noexcept {
+  static constexpr KindOutput kOutputs[] = {{KelScoring_20::KelScoringConst::kOutputTreeNodeid, Feature::kEntityId}};
+  return kOutputs;
+}
 
-void TreeModel::Evaluate(const Cell* frame, Prediction& prediction) const {
+void TreeModel::Evaluate(KelTransformNS::Frame cells, Prediction& prediction) const {
+  const Cell* const frame = cells.data();
   bool surrogateUsed = false;
   const Test& root = fNodes[0].test;
   if (root.kind != TestKind::kAlways && fPredicates.Evaluate(root, frame, surrogateUsed) != Truth::kTrue) return;

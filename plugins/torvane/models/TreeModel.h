@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -39,13 +40,13 @@ class TreeModel final : public ModelBody {
  public:
   static std::unique_ptr<ModelBody> Build(const Element& model, FieldScope& scope, Target& target);
 
-  void Evaluate(const KelTransformNS::Cell* frame, Prediction& prediction) const override;
+  void Evaluate(KelTransformNS::Frame frame, Prediction& prediction) const override;
   [[nodiscard]] bool GivesConfidences() const noexcept override { return fIsClassification; }
   [[nodiscard]] std::uint32_t EntityCount() const noexcept override {
     return static_cast<std::uint32_t>(fNodes.size());
   }
   void WriteEntity(std::uint32_t entity, KelCommon_1_3::Value& value) const override { fIds.Write(entity, value); }
-  [[nodiscard]] const char* EntityKey() const noexcept override;
+  [[nodiscard]] std::span<const KindOutput> KindOutputs() const noexcept override;
 
  private:
   friend class TreeReader;

@@ -55,7 +55,7 @@ TreeReader::TreeReader(const Element& model, FieldScope& scope, Target& target)
 
 std::unique_ptr<TreeModel> TreeReader::Read() {
   fTree->fIsClassification = fTarget.Function() == MiningFunction::kClassification;
-  RefuseUnknownModelChildren(fElement, "Node");
+  RefuseUnknownModelChildren(fElement, {"Node"});
   ReadStrategies();
   CheckStrategies();
   ReadNodes(fElement.RequiredChild("Node"));

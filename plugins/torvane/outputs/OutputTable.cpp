@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "scoring/common/KelScoringConst.h"
@@ -26,6 +27,10 @@ constexpr Word<Feature> kFeatures[] = {
     {"confidence", Feature::kConfidence},
     {"residual", Feature::kResidual},
     {"entityId", Feature::kEntityId},
+    {"clusterId", Feature::kEntityId},
+    {"affinity", Feature::kAffinity},
+    {"entityAffinity", Feature::kAffinity},
+    {"clusterAffinity", Feature::kAffinity},
     {"transformedValue", Feature::kExpression},
     {"decision", Feature::kExpression},
     {"standardError", Feature::kNothing},
@@ -39,6 +44,11 @@ bool IsByCategory(Feature feature) {
 bool IsDistribution(const Output& output) {
   return output.feature == Feature::kProbability || output.feature == Feature::kConfidence ||
          output.feature == Feature::kAllProbabilities || output.feature == Feature::kResidual;
+}
+
+bool IsRanking(const Output& output) {
+  return (output.feature == Feature::kEntityId || output.feature == Feature::kAffinity) &&
+         (output.rank != 1 || output.entity != Prediction::kNone);
 }
 
 // A number as a value of another type; invalid if it can't be one.
@@ -67,6 +77,10 @@ std::optional<DataType> ReadDataType(const Element& element) {
   return type;
 }
 
+Cell NumberOrMissing(double number, DataType type) noexcept {
+  return std::isnan(number) ? Cell::Missing() : Converted(number, type);
+}
+
 Element FindExpression(const Element& outputField) {
   Element child = outputField.FirstChild();
   while (child && (IsIgnorable(child) || child.Is("Decisions") || child.Is("Value"))) child = child.NextSibling();
@@ -87,6 +101,7 @@ OutputTable::OutputTable(FieldScope& scope, const Target& target, const ModelBod
     ReadOutputField(scope, field);
   }
   fHasDistributions = std::any_of(fOutputs.begin(), fOutputs.end(), IsDistribution);
+  fHasRankings = std::any_of(fOutputs.begin(), fOutputs.end(), IsRanking);
   fProgram = scope.Compiler().Finish();
   ValueRecord members;
   FillNames(members);
@@ -95,12 +110,12 @@ OutputTable::OutputTable(FieldScope& scope, const Target& target, const ModelBod
 
 void OutputTable::AddVocabulary(TextPool& pool) {
   AddOutput(pool, Feature::kPredictedValue, Const::kOutputPrediction);
-  if (fTarget.Function() == MiningFunction::kClassification) {
+  if (!fTarget.IsNumeric() && fBody.GivesProbabilities()) {
     AddOutput(pool, Feature::kProbability, Const::kOutputProbability);
     AddOutput(pool, Feature::kAllProbabilities, Const::kOutputProbCategory);
-    if (fBody.GivesConfidences()) AddOutput(pool, Feature::kConfidence, Const::kOutputConfidence);
   }
-  if (fBody.EntityKey() != nullptr) AddOutput(pool, Feature::kEntityId, fBody.EntityKey());
+  if (GivesConfidences()) AddOutput(pool, Feature::kConfidence, Const::kOutputConfidence);
+  for (const KindOutput& output : fBody.KindOutputs()) AddOutput(pool, output.feature, output.key);
 }
 
 void OutputTable::AddOutput(TextPool& pool, Feature feature, const char* name) {
@@ -115,12 +130,13 @@ void OutputTable::ReadOutputField(FieldScope& scope, const Element& element) {
   Output output{std::string(element.Required("name"))};
   output.isDeclared = true;
   ReadFeature(element, output);
-  CheckAttributes(element, output.feature);
+  CheckAttributes(element);
   if (output.feature == Feature::kExpression) {
     ReadExpression(scope, element, output);
   } else {
     if (FindExpression(element)) throw FindExpression(element).Error("belongs to the feature transformedValue");
     ReadCategory(element, output);
+    ReadEntity(element, output);
     if (output.feature == Feature::kResidual) ReadResidual(scope, element, output);
     ChooseType(scope.Pool(), ReadDataType(element), output);
   }
@@ -132,28 +148,25 @@ void OutputTable::ReadOutputField(FieldScope& scope, const Element& element) {
 void OutputTable::ReadFeature(const Element& element, Output& output) {
   const Feature absent = FindExpression(element) ? Feature::kExpression : Feature::kPredictedValue;
   output.feature = ReadWord(element, "feature", kFeatures, absent);
-  const bool isClassification = fTarget.Function() == MiningFunction::kClassification;
-  if (output.feature == Feature::kProbability && !isClassification) {
+  if (output.feature == Feature::kProbability && fTarget.IsNumeric()) {
     throw element.AttributeError("feature", "needs a classification");
   }
-  if (output.feature == Feature::kConfidence && !(isClassification && fBody.GivesConfidences())) {
-    throw element.AttributeError("feature", "isn't known to this kind of model");
-  }
-  if (output.feature == Feature::kEntityId && fBody.EntityCount() == 0) {
-    throw element.AttributeError("feature", "isn't known to this kind of model");
-  }
+  const bool isOfClusters = element.Attribute("feature").value_or("").starts_with("cluster");
+  const bool isKnown = (output.feature != Feature::kProbability || fBody.GivesProbabilities()) &&
+                       (output.feature != Feature::kConfidence || GivesConfidences()) &&
+                       (output.feature != Feature::kEntityId || fBody.EntityCount() > 0) &&
+                       (output.feature != Feature::kAffinity || fBody.RankingCapacity() > 0) &&
+                       (!isOfClusters || fTarget.Function() == MiningFunction::kClustering);
+  if (!isKnown) throw element.AttributeError("feature", "isn't known to this kind of model");
 }
 
-void OutputTable::CheckAttributes(const Element& element, Feature feature) const {
+void OutputTable::CheckAttributes(const Element& element) const {
   if (element.Attribute("segmentId")) throw element.AttributeError("segmentId", "needs segments");
   const auto target = element.Attribute("targetField");
   if (target && !fTarget.Name().empty() && *target != fTarget.Name()) {
     throw element.AttributeError("targetField", "isn't the target of the model");
   }
   if (element.Boolean("isMultiValued", false)) throw element.AttributeError("isMultiValued", "is not supported");
-  if (feature == Feature::kEntityId && element.Integer("rank").value_or(1) != 1) {
-    throw element.AttributeError("rank", "is not supported: a record has one entity");
-  }
 }
 
 void OutputTable::ReadExpression(FieldScope& scope, const Element& element, Output& output) {
@@ -166,7 +179,7 @@ void OutputTable::ReadExpression(FieldScope& scope, const Element& element, Outp
 
 void OutputTable::ReadCategory(const Element& element, Output& output) const {
   const auto value = element.Attribute("value");
-  const bool isOfCategory = IsDistribution(output) && fTarget.Function() == MiningFunction::kClassification;
+  const bool isOfCategory = IsDistribution(output) && !fTarget.IsNumeric();
   if (!value || !isOfCategory) return;
   const std::optional<std::uint32_t> category = fTarget.FindCategory(*value);
   if (category) {
@@ -175,6 +188,29 @@ void OutputTable::ReadCategory(const Element& element, Output& output) const {
     output.feature = Feature::kNothing;  // a category that the model doesn't know has no probability
   }
 }
+
+// An entity is asked for by its rank, an affinity by the entity's identifier or by its rank.
+void OutputTable::ReadEntity(const Element& element, Output& output) const {
+  if (output.feature != Feature::kEntityId && output.feature != Feature::kAffinity) return;
+  const int rank = element.Integer("rank").value_or(1);
+  if (rank < 1) throw element.AttributeError("rank", "isn't from 1 on");
+  if (rank > 1 && fBody.RankingCapacity() == 0) {
+    throw element.AttributeError("rank", "is not supported: a record has one entity");
+  }
+  output.rank = static_cast<std::uint32_t>(rank);
+  const std::optional<std::string_view> value = element.Attribute("value");
+  if (!value || output.feature != Feature::kAffinity) return;
+  Value id;
+  for (std::uint32_t entity = 0; entity < fBody.EntityCount(); ++entity) {
+    fBody.WriteEntity(entity, id);
+    if (id.GetString() != *value) continue;
+    output.entity = entity;
+    return;
+  }
+  output.feature = Feature::kNothing;  // an entity that the model doesn't know has no affinity
+}
+
+bool OutputTable::GivesConfidences() const noexcept { return !fTarget.IsNumeric() && fBody.GivesConfidences(); }
 
 void OutputTable::ReadResidual(FieldScope& scope, const Element& element, Output& output) {
   if (fTarget.Name().empty()) throw element.AttributeError("feature", "needs a target field");
@@ -189,7 +225,7 @@ void OutputTable::ChooseType(TextPool& pool, std::optional<DataType> type, Outpu
   output.type = type.value_or(DataType::kDouble);
   if (output.feature == Feature::kEntityId) output.type = type.value_or(DataType::kString);
   if (!IsByCategory(output.feature)) return;
-  if (fTarget.Function() == MiningFunction::kRegression) {
+  if (fTarget.IsNumeric()) {
     if (isDisplay) output.type = type.value_or(DataType::kString);
     output.isPlainNumber = output.type == DataType::kDouble;
     return;
@@ -245,6 +281,10 @@ bool OutputTable::NeedsDistribution(const Output& output) const noexcept {
   return output.feature == Feature::kExpression ? fHasDistributions : IsDistribution(output);
 }
 
+bool OutputTable::NeedsRanking(const Output& output) const noexcept {
+  return output.feature == Feature::kExpression ? fHasRankings : IsRanking(output);
+}
+
 void OutputTable::RunExpressions(KelTransformNS::Frame frame, const Prediction& prediction) const {
   PutIntoFrame(fOutputs, frame, prediction);
   PutIntoFrame(fHidden, frame, prediction);
@@ -275,11 +315,34 @@ Cell OutputTable::CellOf(const Output& output, const Cell* frame, const Predicti
       return prediction.hasConfidences ? Converted(prediction.confidences[category], output.type) : Cell::Missing();
     case Feature::kResidual:
       return Residual(output, frame, prediction);
-    case Feature::kEntityId:
-      return prediction.entity == Prediction::kNone ? Cell::Missing() : EntityCell(output, prediction.entity);
+    case Feature::kEntityId: {
+      const std::uint32_t entity = EntityOf(output, prediction);
+      return entity == Prediction::kNone ? Cell::Missing() : EntityCell(output, entity);
+    }
+    case Feature::kAffinity:
+      return NumberOrMissing(AffinityOf(output, prediction), output.type);
+    case Feature::kAuxiliary:
+      return NumberOrMissing(prediction.auxiliary, output.type);
     default:
       return Cell::Missing();
   }
+}
+
+std::uint32_t OutputTable::EntityOf(const Output& output, const Prediction& prediction) noexcept {
+  if (output.rank == 1) return prediction.entity;
+  return output.rank <= prediction.rankingCount ? prediction.ranking[output.rank - 1].entity : Prediction::kNone;
+}
+
+// NaN where there is none.
+double OutputTable::AffinityOf(const Output& output, const Prediction& prediction) noexcept {
+  if (!IsRanking(output)) return prediction.affinity;
+  const RankedEntity* const begin = prediction.ranking;
+  const RankedEntity* const end = begin + prediction.rankingCount;
+  const RankedEntity* found = begin + std::min(output.rank - 1, prediction.rankingCount);
+  if (output.entity != Prediction::kNone) {
+    found = std::find_if(begin, end, [&](const RankedEntity& ranked) { return ranked.entity == output.entity; });
+  }
+  return found == end ? std::numeric_limits<double>::quiet_NaN() : found->affinity;
 }
 
 // Identifiers are texts. One that is asked for as another type is converted each time: that is rare.
@@ -295,7 +358,7 @@ Cell OutputTable::EntityCell(const Output& output, std::uint32_t entity) const {
 Cell OutputTable::Residual(const Output& output, const Cell* frame, const Prediction& prediction) const noexcept {
   const Cell& actual = frame[fTargetSlot];
   if (actual.state != Cell::kNumber && actual.state != Cell::kText) return Cell::Missing();
-  if (fTarget.Function() == MiningFunction::kRegression) {
+  if (fTarget.IsNumeric()) {
     return actual.state == Cell::kNumber ? Converted(actual.number - prediction.number, output.type) : Cell::Missing();
   }
   if (!prediction.hasProbabilities) return Cell::Missing();
@@ -313,8 +376,9 @@ void OutputTable::Write(const Output& output, const Cell* frame, const Predictio
   }
   if (output.feature == Feature::kAllProbabilities) return WriteProbabilities(prediction, value);
   if (output.feature == Feature::kEntityId && output.type == DataType::kString) {
-    const bool isKnown = prediction.outcome == Outcome::kValue && prediction.entity != Prediction::kNone;
-    return isKnown ? fBody.WriteEntity(prediction.entity, value) : value.SetNull();
+    const bool hasValue = prediction.outcome == Outcome::kValue;
+    const std::uint32_t entity = hasValue ? EntityOf(output, prediction) : Prediction::kNone;
+    return entity == Prediction::kNone ? value.SetNull() : fBody.WriteEntity(entity, value);
   }
   const Cell cell = CellOf(output, frame, prediction);
   if (cell.state == Cell::kNumber && output.type == DataType::kDouble) {

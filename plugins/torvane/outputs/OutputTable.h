@@ -17,19 +17,6 @@
 
 namespace Torvane {
 
-/// What an output tells of a prediction.
-enum class Feature : std::uint8_t {
-  kPredictedValue,
-  kPredictedDisplayValue,
-  kProbability,
-  kConfidence,
-  kAllProbabilities,  ///< a composite value with a member per category
-  kResidual,
-  kEntityId,
-  kExpression,  ///< computed from fields and from outputs before it
-  kNothing,     ///< always null
-};
-
 /// One output that a host can ask for.
 struct Output {
   explicit Output(std::string name) : key(std::move(name)) {}
@@ -38,6 +25,8 @@ struct Output {
   Feature feature = Feature::kNothing;
   KelTransformNS::DataType type = KelTransformNS::DataType::kDouble;
   std::uint32_t category = Prediction::kNone;  ///< the category that is asked for; none: the predicted one
+  std::uint32_t entity = Prediction::kNone;    ///< the entity whose affinity is asked for; none: that of the rank
+  std::uint32_t rank = 1;                      ///< of the entity; the first one is what the model decided by
   const std::vector<KelTransformNS::Cell>* byCategory = nullptr;  ///< what is shown for each category; none: a number
   bool isPlainNumber = false;              ///< the predicted number as it is, which needs no conversion
   bool isDeclared = false;                 ///< it is an "OutputField" of the document
@@ -58,6 +47,8 @@ class OutputTable {
   [[nodiscard]] const std::vector<Output>& All() const noexcept { return fOutputs; }
   /// Whether an output reads probabilities or confidences, itself or by what its expression may refer to.
   [[nodiscard]] bool NeedsDistribution(const Output& output) const noexcept;
+  /// The same for the ranking of entities.
+  [[nodiscard]] bool NeedsRanking(const Output& output) const noexcept;
 
   /// Adds the names of all outputs to a record, as null; the composite one with its members, each null.
   void Announce(KelCommon_1_3::ValueRecord& record) const;
@@ -76,8 +67,10 @@ class OutputTable {
   void ReadFeature(const Element& element, Output& output);
   void ReadExpression(FieldScope& scope, const Element& element, Output& output);
   void ReadCategory(const Element& element, Output& output) const;
+  void ReadEntity(const Element& element, Output& output) const;
   void ReadResidual(FieldScope& scope, const Element& element, Output& output);
-  void CheckAttributes(const Element& element, Feature feature) const;
+  void CheckAttributes(const Element& element) const;
+  [[nodiscard]] bool GivesConfidences() const noexcept;
   void ChooseType(KelTransformNS::TextPool& pool, std::optional<KelTransformNS::DataType> type, Output& output);
   const std::vector<KelTransformNS::Cell>& Shown(KelTransformNS::TextPool& pool, bool isDisplay,
                                                  KelTransformNS::DataType type);
@@ -89,6 +82,8 @@ class OutputTable {
   [[nodiscard]] KelTransformNS::Cell Residual(const Output& output, const KelTransformNS::Cell* frame,
                                               const Prediction& prediction) const noexcept;
   [[nodiscard]] KelTransformNS::Cell EntityCell(const Output& output, std::uint32_t entity) const;
+  [[nodiscard]] static std::uint32_t EntityOf(const Output& output, const Prediction& prediction) noexcept;
+  [[nodiscard]] static double AffinityOf(const Output& output, const Prediction& prediction) noexcept;
   void PutIntoFrame(const std::vector<Output>& outputs, KelTransformNS::Frame frame,
                     const Prediction& prediction) const;
   void WriteProbabilities(const Prediction& prediction, KelCommon_1_3::Value& value) const;
@@ -104,6 +99,7 @@ class OutputTable {
   NameMap<std::size_t> fByName;
   bool fHasExpressions = false;
   bool fHasDistributions = false;
+  bool fHasRankings = false;
   std::uint32_t fTargetSlot = Prediction::kNone;  // of the true target value, for residuals
   std::vector<KelTransformNS::Cell> fEntities;    // the identifiers, where expressions may refer to them
   KelTransformNS::Program fProgram;

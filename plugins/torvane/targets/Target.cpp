@@ -11,21 +11,12 @@ using KelTransformNS::DataType;
 using KelTransformNS::FieldDeclaration;
 using KelTransformNS::OpType;
 
-namespace {
-
-std::optional<double> ReadFinite(const Element& element, std::string_view attribute) {
-  const std::optional<double> number = element.Number(attribute);
-  if (number && !std::isfinite(*number)) throw element.AttributeError(attribute, "isn't finite");
-  return number;
-}
-
-}  // namespace
-
 Target::Target(FieldScope& scope, const Element& model, MiningFunction function, std::string_view fieldHint)
     : fPool(scope.Pool()),
       fFunction(function),
       fType(function == MiningFunction::kRegression ? DataType::kDouble : DataType::kString),
       fOpType(KelTransformNS::ImpliedOpType(fType)) {
+  if (function == MiningFunction::kClustering) return;  // its result is of no field
   ChooseField(scope.Schema(), model, fieldHint);
   ReadDeclaration(scope);
   ReadTargets(scope.Schema(), model.Child("Targets"));
@@ -136,6 +127,13 @@ std::uint32_t Target::AddCategory(const Element& element, std::string_view what,
   const Cell cell = ReadComparand(element, what, text, fType, fPool);
   if (!ShowsItself(cell)) throw element.Error(std::string(what) + " " + Quoted(text) + " is no value of its type");
   return AddCategory(cell);
+}
+
+void Target::AddCluster(const Element& element, std::string_view id, std::string_view displayName) {
+  const std::size_t count = fCategories.size();
+  const std::uint32_t cluster = AddCategory(Cell::Text(fPool, fPool.Intern(id)));
+  if (cluster != count) throw element.Error("is a second one with the identifier " + Quoted(id));
+  fCategories[cluster].displayValue = displayName;
 }
 
 // Whether the category's text tells the category. A boolean 2 would be shown as the text of another one.

@@ -38,12 +38,16 @@ class Target {
   [[nodiscard]] const std::string& Name() const noexcept { return fName; }
   [[nodiscard]] KelTransformNS::DataType Type() const noexcept { return fType; }
   [[nodiscard]] MiningFunction Function() const noexcept { return fFunction; }
+  /// Whether it predicts a number; else it is one of the categories.
+  [[nodiscard]] bool IsNumeric() const noexcept { return fFunction == MiningFunction::kRegression; }
   [[nodiscard]] bool IsOrdinal() const noexcept { return fOpType == KelTransformNS::OpType::kOrdinal; }
   [[nodiscard]] const std::vector<Category>& Categories() const noexcept { return fCategories; }
 
   /// The category that a text of the model's body names; one that isn't known yet is added. Throws if the text isn't of
   /// the target's type.
   std::uint32_t AddCategory(const Element& element, std::string_view what, std::string_view text);
+  /// Adds a cluster of a clustering, whose identifiers are texts; one that is known already throws.
+  void AddCluster(const Element& element, std::string_view id, std::string_view displayName);
   /// The category of a text, nothing if the model doesn't know it.
   [[nodiscard]] std::optional<std::uint32_t> FindCategory(std::string_view text) const;
 

@@ -58,7 +58,7 @@ TEST(Refusal, OfTheWholeModel_NamesElementAttributeAndLine) {
       << ReasonOf(document);
   document = OneLeaf();
   document.function = "clustering";
-  EXPECT_NE(ReasonOf(document).find("regression, classification"), std::string::npos);
+  EXPECT_NE(ReasonOf(document).find("<TreeModel functionName=\"clustering\">"), std::string::npos);
   document = OneLeaf();
   document.body += "<Ensemble/>";
   EXPECT_NE(ReasonOf(document).find("<Ensemble>"), std::string::npos);

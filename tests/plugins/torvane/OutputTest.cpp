@@ -261,7 +261,7 @@ Document Numeric(const std::string& inside) {
 INSTANTIATE_TEST_SUITE_P(
     Table, OutputRefusal,
     testing::Values(
-        RefusalCase{"cluster", WithOutput(R"(feature="clusterId")"), "predictedValue, predictedDisplayValue"},
+        RefusalCase{"cluster", WithOutput(R"(feature="clusterId")"), "isn't known to this kind of model"},
         RefusalCase{"rule", WithOutput(R"(feature="ruleValue")"), "feature=\"ruleValue\""},
         RefusalCase{"affinity", WithOutput(R"(feature="affinity")"), "feature"},
         RefusalCase{"no_name", Leaf("<OutputField/>"), "name"},
