@@ -42,7 +42,7 @@ class TextScope {
 
 }  // namespace
 
-CodeBuilder::CodeBuilder(TextPool& pool) : fPool(pool), fTables(EmptyTables(pool)) {}
+CodeBuilder::CodeBuilder(TextPool& pool, SlotCounter& slots) : fPool(pool), fSlots(slots), fTables(EmptyTables(pool)) {}
 
 CompiledValue CodeBuilder::Constant(const Cell& cell, DataType type) {
   fTables->constants.push_back(cell);
@@ -63,7 +63,7 @@ CompiledValue CodeBuilder::Emit(OpCode operation, const std::vector<Operand>& op
 }
 
 CompiledValue CodeBuilder::Append(Instruction instruction, const std::vector<Operand>& operands, DataType type) {
-  instruction.result = NewSlot();
+  instruction.result = fSlots.NewSlot();
   instruction.firstOperand = static_cast<std::uint32_t>(fOperands.size());
   instruction.operandCount = static_cast<std::uint32_t>(operands.size());
   fInstructions.push_back(instruction);

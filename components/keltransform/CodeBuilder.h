@@ -9,6 +9,7 @@
 
 #include "components/kelparsexml/ElementTree.h"
 #include "components/keltransform/Code.h"
+#include "components/keltransform/SlotCounter.h"
 
 namespace KelTransformNS {
 
@@ -18,10 +19,11 @@ struct CompiledValue {
   DataType type;
 };
 
-/// Writes the code of one program after the other, over the same slots.
+/// Writes the code of one program after the other, over the slots that a counter hands out. Pool and counter must
+/// outlive it.
 class CodeBuilder {
  public:
-  explicit CodeBuilder(TextPool& pool);
+  CodeBuilder(TextPool& pool, SlotCounter& slots);
 
   [[nodiscard]] TextPool& Pool() noexcept { return fPool; }
   /// The tables of the program being written.
@@ -29,8 +31,7 @@ class CodeBuilder {
   /// The value of a constant.
   [[nodiscard]] const Cell& ConstantCell(Operand operand) const { return fTables->constants[operand.Index()]; }
 
-  [[nodiscard]] std::uint32_t NewSlot() noexcept { return fSlotCount++; }
-  [[nodiscard]] std::uint32_t SlotCount() const noexcept { return fSlotCount; }
+  [[nodiscard]] SlotCounter& Slots() noexcept { return fSlots; }
 
   [[nodiscard]] CompiledValue Constant(const Cell& cell, DataType type);
   /// Adds an instruction whose result, of data type `type`, gets a slot of its own. If all operands are constants, so
@@ -55,7 +56,7 @@ class CodeBuilder {
   Cell ConvertedConstant(const Cell& cell, DataType from, DataType to, const KelXML_1_3::Element& element);
 
   TextPool& fPool;
-  std::uint32_t fSlotCount = 0;
+  SlotCounter& fSlots;
   std::vector<Instruction> fInstructions;
   std::vector<Operand> fOperands;
   std::unique_ptr<Tables> fTables;

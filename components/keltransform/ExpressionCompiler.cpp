@@ -85,7 +85,8 @@ Element FindExpression(const Element& parent) {
 }
 
 struct ExpressionCompiler::Impl {
-  Impl(TextPool& pool, InputLookup lookup) : code(pool), inputLookup(std::move(lookup)) {}
+  Impl(TextPool& pool, SlotCounter* shared, InputLookup lookup)
+      : code(pool, shared != nullptr ? *shared : ownSlots), inputLookup(std::move(lookup)) {}
 
   const ResolvedField* Find(std::string_view name, std::size_t dictionaries);
   const ResolvedField* FindInput(std::string_view name);
@@ -94,6 +95,7 @@ struct ExpressionCompiler::Impl {
   void CompileDerivedField(DeclaredField& field);
   CompiledValue Compile(const Element& expression, std::optional<DataType> type, std::size_t dictionaries);
 
+  SlotCounter ownSlots;  // where no other counter is given
   CodeBuilder code;
   DeclaredFields declared;
   FunctionScope functions;
@@ -165,7 +167,10 @@ CompiledValue ExpressionCompiler::Impl::Compile(const Element& expression, std::
 }
 
 ExpressionCompiler::ExpressionCompiler(TextPool& pool, InputLookup inputs)
-    : fImpl(std::make_unique<Impl>(pool, std::move(inputs))) {}
+    : fImpl(std::make_unique<Impl>(pool, nullptr, std::move(inputs))) {}
+
+ExpressionCompiler::ExpressionCompiler(TextPool& pool, SlotCounter& slots, InputLookup inputs)
+    : fImpl(std::make_unique<Impl>(pool, &slots, std::move(inputs))) {}
 
 ExpressionCompiler::~ExpressionCompiler() = default;
 
@@ -182,9 +187,9 @@ std::vector<std::string> ExpressionCompiler::DerivedFieldNames() const {
   return names;
 }
 
-std::uint32_t ExpressionCompiler::NewSlot() { return fImpl->code.NewSlot(); }
+std::uint32_t ExpressionCompiler::NewSlot() { return fImpl->code.Slots().NewSlot(); }
 
-std::uint32_t ExpressionCompiler::SlotCount() const noexcept { return fImpl->code.SlotCount(); }
+std::uint32_t ExpressionCompiler::SlotCount() const noexcept { return fImpl->code.Slots().Count(); }
 
 const ResolvedField& ExpressionCompiler::Resolve(std::string_view name, const Element& referrer) {
   const ResolvedField* const field = Find(name, referrer);

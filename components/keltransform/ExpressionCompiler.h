@@ -12,6 +12,7 @@
 #include "components/keltransform/Cell.h"
 #include "components/keltransform/DataDictionary.h"
 #include "components/keltransform/Program.h"
+#include "components/keltransform/SlotCounter.h"
 
 namespace KelTransformNS {
 
@@ -53,6 +54,9 @@ class KEL_EXPORT ExpressionCompiler {
   using InputLookup = std::function<std::optional<ResolvedField>(std::string_view name)>;
 
   ExpressionCompiler(TextPool& pool, InputLookup inputs);
+  /// Takes its slots from a counter that other compilers may share, so that the programs of all of them run over one
+  /// frame. The counter must outlive the compiler.
+  ExpressionCompiler(TextPool& pool, SlotCounter& slots, InputLookup inputs);
   ExpressionCompiler(const ExpressionCompiler&) = delete;
   ExpressionCompiler& operator=(const ExpressionCompiler&) = delete;
   ~ExpressionCompiler();
@@ -64,7 +68,7 @@ class KEL_EXPORT ExpressionCompiler {
   [[nodiscard]] std::vector<std::string> DerivedFieldNames() const;
 
   [[nodiscard]] std::uint32_t NewSlot();
-  /// The size that a frame needs.
+  /// The size that a frame needs, for all compilers that share the counter.
   [[nodiscard]] std::uint32_t SlotCount() const noexcept;
 
   /// The field `name` as `referrer` sees it. The reference lives as long as the compiler. Throws if there is none.

@@ -179,6 +179,27 @@ TEST_F(ExpressionCompilerTest, Finish_Twice_SecondProgramGoesOnFromTheFirst) {
   EXPECT_EQ(storage.Cells()[result.slot].number, 8.0);
 }
 
+// As a model that is nested in another one: it reads a field of the outer one, which compiles more fields afterwards.
+TEST_F(ExpressionCompilerTest, Compile_WithASharedCounter_RunsOverOneFrame) {
+  SlotCounter slots;
+  const std::uint32_t x = slots.NewSlot();
+  const ResolvedField field{"x", DataType::kDouble, OpType::kContinuous, x};
+  ExpressionCompiler outer(fPool, slots, [&](std::string_view) { return field; });
+  outer.DeclareDerivedFields(Parse("<T>" + Field("a", Twice("x")) + Field("b", Twice("a")) + "</T>"));
+  ExpressionCompiler inner(fPool, slots, [&](std::string_view name) { return outer.Resolve(name, fRoot); });
+  inner.DeclareDerivedFields(Parse("<T>" + Field("c", Twice("a")) + "</T>"));
+  const std::uint32_t c = inner.Resolve("c", fRoot).slot;
+  const std::uint32_t b = outer.Resolve("b", fRoot).slot;
+  EXPECT_EQ(slots.Count(), 4U);
+  EXPECT_EQ(inner.SlotCount(), outer.SlotCount());
+  const FrameStorage storage(slots.Count());
+  storage.Cells()[x] = Cell::Number(1.5);
+  outer.Finish().Run(storage.Cells());
+  inner.Finish().Run(storage.Cells());
+  EXPECT_EQ(storage.Cells()[b].number, 6.0);
+  EXPECT_EQ(storage.Cells()[c].number, 6.0);
+}
+
 TEST_F(ExpressionCompilerTest, CompileExpression_Constants_NeedNoConversionAtRunTime) {
   const ResolvedField text =
       fCompiler.CompileExpression(Parse("<Constant dataType=\"double\">2.50</Constant>"), DataType::kString);
