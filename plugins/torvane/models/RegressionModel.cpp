@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 #include "plugins/torvane/models/Figures.h"
 
@@ -14,7 +13,7 @@ void RegressionModel::Evaluate(KelTransformNS::Frame frame, Prediction& predicti
   if (fIsClassification) return Classify(frame.data(), prediction);
   double y = 0.0;
   if (!fTables[0].Evaluate(frame.data(), y)) return;
-  prediction.number = Inverse(fMethod, y);
+  prediction.number = InverseLink(fLink, y);
   prediction.outcome = Outcome::kValue;
 }
 
@@ -48,8 +47,8 @@ void RegressionModel::Combine(double* p) const noexcept {
     case Combination::kSoftmax:
       return Softmax(p, count);
     case Combination::kBinary: {
-      const double event = Inverse(fMethod, p[fBinaryTable]);
-      const double limited = fMethod == Method::kNone ? std::clamp(event, 0.0, 1.0) : event;
+      const double event = InverseLink(fLink, p[fBinaryTable]);
+      const double limited = fLink == Link::kIdentity ? std::clamp(event, 0.0, 1.0) : event;
       p[fBinaryTable] = limited;
       p[1 - fBinaryTable] = 1.0 - limited;
       return;
@@ -59,14 +58,14 @@ void RegressionModel::Combine(double* p) const noexcept {
     case Combination::kRemainder: {
       double rest = 1.0;
       for (std::size_t i = 0; i + 1 < count; ++i) {
-        p[i] = Inverse(fMethod, p[i]);
+        p[i] = InverseLink(fLink, p[i]);
         rest -= p[i];
       }
       p[count - 1] = rest;
       return;
     }
     default:
-      for (std::size_t i = 0; i < count; ++i) p[i] = Inverse(fMethod, p[i]);
+      for (std::size_t i = 0; i < count; ++i) p[i] = InverseLink(fLink, p[i]);
       if (fCombination == Combination::kEachShared) Share(p, count);
   }
 }
@@ -76,33 +75,11 @@ void RegressionModel::Accumulate(double* p) const noexcept {
   const std::size_t last = fTables.size() - 1;
   double below = 0.0;
   for (std::size_t i = 0; i < last; ++i) {
-    const double upTo = Inverse(fMethod, p[i]);
+    const double upTo = InverseLink(fLink, p[i]);
     p[i] = upTo - below;
     below = upTo;
   }
   p[last] = 1.0 - below;
-}
-
-// Each formula as the standard's table of normalization methods has it; Phi by the complementary error function, which
-// keeps its digits in the lower tail. For a single number softmax is the logistic function.
-double RegressionModel::Inverse(Method method, double y) noexcept {
-  switch (method) {
-    case Method::kSoftmax:
-    case Method::kLogit:
-      return 1.0 / (1.0 + std::exp(-y));
-    case Method::kProbit:
-      return 0.5 * std::erfc(-y / std::numbers::sqrt2);
-    case Method::kCloglog:
-      return -std::expm1(-std::exp(y));
-    case Method::kLoglog:
-      return std::exp(-std::exp(-y));
-    case Method::kCauchit:
-      return 0.5 + std::atan(y) / std::numbers::pi;
-    case Method::kExp:
-      return std::exp(y);
-    default:
-      return y;
-  }
 }
 
 }  // namespace Torvane

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "plugins/torvane/fields/FieldScope.h"
+#include "plugins/torvane/models/LinkFunctions.h"
 #include "plugins/torvane/models/ModelBody.h"
 #include "plugins/torvane/models/RegressionTable.h"
 #include "plugins/torvane/targets/Target.h"
@@ -25,19 +26,7 @@ class RegressionModel final : public ModelBody {
  private:
   friend class RegressionReader;
 
-  enum class Method : std::uint8_t {
-    kNone,
-    kSimplemax,
-    kSoftmax,
-    kLogit,
-    kProbit,
-    kCloglog,
-    kLoglog,
-    kCauchit,
-    kExp,
-  };
-
-  // How the y of the tables become probabilities. F is the inverse of the link that the method names.
+  // How the y of the tables become probabilities. F is the inverse of the link.
   enum class Combination : std::uint8_t {
     kEach,        // p_j = F(y_j)
     kEachShared,  // p_j = F(y_j) / sum of F(y_i)
@@ -47,7 +36,6 @@ class RegressionModel final : public ModelBody {
     kCumulative,  // p_j = F(y_j) - F(y_(j-1)) along the order of the categories, of the last what remains to 1
   };
 
-  static double Inverse(Method method, double y) noexcept;
   void Classify(const KelTransformNS::Cell* frame, Prediction& prediction) const noexcept;
   void Combine(double* p) const noexcept;
   void Accumulate(double* p) const noexcept;
@@ -56,7 +44,7 @@ class RegressionModel final : public ModelBody {
   std::vector<std::uint32_t> fCategories;    // of each table
   std::vector<std::uint32_t> fWinningOrder;  // of the tables, in document order: the first one wins a tie
   std::vector<std::uint32_t> fUntold;        // categories of the target without a table, whose probability is 0
-  Method fMethod = Method::kNone;
+  Link fLink = Link::kIdentity;
   Combination fCombination = Combination::kEach;
   std::uint32_t fBinaryTable = 0;  // of kBinary: the table whose y counts
   bool fIsClassification = false;

@@ -32,7 +32,8 @@ std::unique_ptr<RegressionModel> RegressionReader::Read() {
   };
   RefuseUnknownModelChildren(fElement, {"RegressionTable"});
   (void)ReadWord(fElement, "modelType", kModelTypes, 0);
-  fModel->fMethod = ReadWord(fElement, "normalizationMethod", kMethods, Method::kNone);
+  fMethod = ReadWord(fElement, "normalizationMethod", kMethods, Method::kNone);
+  fModel->fLink = LinkOf(fMethod);
   fModel->fIsClassification = fTarget.Function() == MiningFunction::kClassification;
   ReadTables();
   if (fModel->fIsClassification) {
@@ -41,6 +42,29 @@ std::unique_ptr<RegressionModel> RegressionReader::Read() {
     ReadRegression();
   }
   return std::move(fModel);
+}
+
+// For a single number softmax is the logistic function.
+Link RegressionReader::LinkOf(Method method) noexcept {
+  switch (method) {
+    case Method::kSoftmax:
+    case Method::kLogit:
+      return Link::kLogit;
+    case Method::kProbit:
+      return Link::kProbit;
+    case Method::kCloglog:
+      return Link::kCloglog;
+    case Method::kLoglog:
+      return Link::kLoglog;
+    case Method::kCauchit:
+      return Link::kCauchit;
+    case Method::kExp:
+      return Link::kLog;
+    case Method::kNone:
+    case Method::kSimplemax:
+      break;
+  }
+  return Link::kIdentity;
 }
 
 void RegressionReader::ReadTables() {
@@ -57,7 +81,7 @@ void RegressionReader::ReadTables() {
 void RegressionReader::ReadRegression() {
   const Element second = fElement.Child("RegressionTable").Next("RegressionTable");
   if (second) throw second.Error("is a second table; a regression has one");
-  if (fModel->fMethod == Method::kSimplemax) {
+  if (fMethod == Method::kSimplemax) {
     throw fElement.AttributeError("normalizationMethod", "has no meaning for a regression");
   }
 }
@@ -95,7 +119,7 @@ void RegressionReader::SortByCategory() {
 }
 
 RegressionReader::Combination RegressionReader::ChooseCombination() const {
-  switch (fModel->fMethod) {
+  switch (fMethod) {
     case Method::kSoftmax:
       return Combination::kSoftmax;
     case Method::kSimplemax:
@@ -135,11 +159,11 @@ RegressionReader::Combination RegressionReader::ChooseForMany() const {
   if (isClarified && fModel->fTables.size() == 2) {
     throw fElement.Error("needs an empty RegressionTable for one of its two categories");
   }
-  if (fModel->fMethod == Method::kNone) {
+  if (fMethod == Method::kNone) {
     return isClarified || fModel->fTables.back().IsTrivial() ? Combination::kRemainder : Combination::kEach;
   }
   if (!isClarified) return Combination::kEach;
-  if (fModel->fMethod == Method::kLogit) return Combination::kEachShared;
+  if (fMethod == Method::kLogit) return Combination::kEachShared;
   throw fElement.AttributeError("normalizationMethod", "is for an ordinal target or two categories");
 }
 

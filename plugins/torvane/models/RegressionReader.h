@@ -15,13 +15,25 @@ class RegressionReader {
   std::unique_ptr<RegressionModel> Read();
 
  private:
-  using Method = RegressionModel::Method;
+  // The normalization methods.
+  enum class Method : std::uint8_t {
+    kNone,
+    kSimplemax,
+    kSoftmax,
+    kLogit,
+    kProbit,
+    kCloglog,
+    kLoglog,
+    kCauchit,
+    kExp,
+  };
   using Combination = RegressionModel::Combination;
 
   void ReadRegression();
   void ReadClassification();
   void ReadTables();
   void SortByCategory();
+  [[nodiscard]] static Link LinkOf(Method method) noexcept;
   [[nodiscard]] Combination ChooseCombination() const;
   void CheckCumulative() const;
   [[nodiscard]] Combination ChooseForMany() const;
@@ -30,6 +42,7 @@ class RegressionReader {
   FieldScope& fScope;
   Target& fTarget;
   std::unique_ptr<RegressionModel> fModel;
+  Method fMethod = Method::kNone;
 };
 
 }  // namespace Torvane
