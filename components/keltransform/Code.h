@@ -10,6 +10,7 @@
 #include "components/keltransform/expressions/DiscretizeTable.h"
 #include "components/keltransform/expressions/MapValuesTable.h"
 #include "components/keltransform/expressions/NormContinuousTable.h"
+#include "components/keltransform/text/RegularExpression.h"
 
 namespace KelTransformNS {
 
@@ -48,6 +49,10 @@ enum class OpCode : std::uint8_t {
   kTestState,  ///< has the bits of the states that it accepts
   kMakeText,
   kMeasureText,
+
+  // Functions with the regular expression `data` of `Tables::patterns`.
+  kMatches,  ///< whether a part of the first operand matches
+  kReplace,  ///< the first operand with its matches replaced by the second one
 };
 
 inline constexpr std::uint32_t kIsLess = 1;
@@ -79,6 +84,7 @@ struct Tables {
   NormContinuousTable normContinuous;
   DiscretizeTable discretize;
   MapValuesTable mapValues;
+  std::vector<std::unique_ptr<const RegularExpression>> patterns;
 };
 
 /// What an instruction gives. Any text that it makes lives as `MadeTexts` says.

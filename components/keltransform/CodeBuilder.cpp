@@ -16,6 +16,8 @@ namespace {
 
 std::string NotOfType(DataType type) { return "is no value of the type " + std::string(DataTypeName(type)); }
 
+bool MakesText(OpCode operation) { return operation == OpCode::kMakeText || operation == OpCode::kReplace; }
+
 bool IsNumeric(DataType type) { return !IsText(type); }
 
 // Longer texts of constants are made anew for each record, so that a short document can't fill the memory with them.
@@ -58,7 +60,7 @@ CompiledValue CodeBuilder::Emit(OpCode operation, const std::vector<Operand>& op
   if (!operands.empty() && std::all_of(operands.begin(), operands.end(), isConstant)) {
     if (const auto constant = Fold(instruction, operands, type)) return *constant;
   }
-  if (operation == OpCode::kMakeText) fPool.SetHasMadeTexts();
+  if (MakesText(operation)) fPool.SetHasMadeTexts();
   return Append(instruction, operands, type);
 }
 
@@ -76,7 +78,7 @@ std::optional<CompiledValue> CodeBuilder::Fold(const Instruction& instruction, c
   const TextScope texts;
   const Operands constants(operands.data(), operands.size(), nullptr, fTables->constants.data());
   const Cell result = Execute(instruction, constants, *fTables);
-  const bool isMade = instruction.operation == OpCode::kMakeText && result.state == Cell::kText;
+  const bool isMade = MakesText(instruction.operation) && result.state == Cell::kText;
   if (isMade && result.text->size() > kMaxFoldedText) return std::nullopt;
   return Constant(Kept(result), type);
 }

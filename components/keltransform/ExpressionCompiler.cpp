@@ -181,6 +181,13 @@ void ExpressionCompiler::DeclareDerivedFields(const Element& dictionary) {
   fImpl->functions.declared.Declare(std::move(functions));
 }
 
+void ExpressionCompiler::DeclareFunctions(const Element& dictionary) {
+  if (!dictionary) return;
+  DeclaredFunctions::Scope functions = fImpl->functions.declared.Read(dictionary);
+  fImpl->declared.Declare(Element());
+  fImpl->functions.declared.Declare(std::move(functions));
+}
+
 std::vector<std::string> ExpressionCompiler::DerivedFieldNames() const {
   std::vector<std::string> names;
   for (const DeclaredField& field : fImpl->declared.All()) names.push_back(field.name);

@@ -64,6 +64,8 @@ class KEL_EXPORT ExpressionCompiler {
   /// Declares the "DerivedField" children (and "DefineFunction"s) of a "TransformationDictionary" or
   /// "LocalTransformations" element; no element declares nothing. The element tree must live until `Finish`.
   void DeclareDerivedFields(const KelXML_1_3::Element& dictionary);
+  /// Declares the "DefineFunction"s alone, where another compiler over the same frame computes the derived fields.
+  void DeclareFunctions(const KelXML_1_3::Element& dictionary);
   /// The names of all declared derived fields, in order of declaration.
   [[nodiscard]] std::vector<std::string> DerivedFieldNames() const;
 

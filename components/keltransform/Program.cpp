@@ -7,6 +7,7 @@
 #include "components/keltransform/Conversion.h"
 #include "components/keltransform/functions/Evaluation.h"
 #include "components/keltransform/functions/Numbers.h"
+#include "components/keltransform/functions/PatternFunctions.h"
 
 namespace KelTransformNS {
 namespace {
@@ -94,6 +95,10 @@ inline Cell Compute(const Operands& operands, const Operation& operation) noexce
       return EvaluateUnary(FunctionOf(step).unary, operands[0]);
     case OpCode::kBinary:
       return EvaluateBinary(FunctionOf(step).binary, operands);
+    case OpCode::kMatches:
+      return Matches(*tables.patterns[step.data], operands);
+    case OpCode::kReplace:
+      return ReplaceMatches(*tables.patterns[step.data], operands, *tables.pool);
     default:
       return EvaluateFunction(FunctionOf(step), operands, *tables.pool);
   }

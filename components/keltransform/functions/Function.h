@@ -94,7 +94,5 @@ struct Function {
 /// The function of a name; null if there is none. A function of a later version is known with the prefix "x-", too,
 /// under which producers wrote it before.
 [[nodiscard]] const Function* FindFunction(std::string_view name) noexcept;
-/// Why a function that the standard has isn't supported; null for any other name.
-[[nodiscard]] const char* ReasonAgainst(std::string_view name) noexcept;
 
 }  // namespace KelTransformNS

@@ -136,6 +136,8 @@ const Function kFunctions[] = {
     TextMaker("lowercase", 1, 1, kTexts, Lowercase),
     // 4.2
     TextMaker("concat", 1, kAnyNumber, kTexts, Concatenate),
+    {"replace", 3, 3, kTexts, Yields::kText, OpCode::kReplace},
+    {"matches", 2, 2, kTexts, Yields::kBoolean, OpCode::kMatches},
     // 4.3
     Ternary("normalCDF", Yields::kDouble, NormalDistribution),
     Ternary("normalPDF", Yields::kDouble, NormalDensity),
@@ -178,12 +180,6 @@ const Function* FindFunction(std::string_view name) noexcept {
   const auto isNamed = [plain = WithoutPrefix(name)](const Function& function) { return function.name == plain; };
   const auto found = std::find_if(std::begin(kFunctions), std::end(kFunctions), isNamed);
   return found == std::end(kFunctions) ? nullptr : found;
-}
-
-const char* ReasonAgainst(std::string_view name) noexcept {
-  const std::string_view plain = WithoutPrefix(name);
-  const bool isRegular = plain == "replace" || plain == "matches";
-  return isRegular ? "isn't supported: it needs regular expressions" : nullptr;
 }
 
 }  // namespace KelTransformNS

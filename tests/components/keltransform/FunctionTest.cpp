@@ -277,6 +277,50 @@ INSTANTIATE_TEST_SUITE_P(
                     FunctionCase{"text_to_number", "substring", "'a42b' 2 2", "double", 42}),
     CaseName());
 
+// Figures of Python 3.11: re.search and re.sub, whose groups are written with a backslash.
+INSTANTIATE_TEST_SUITE_P(
+    Patterns, FunctionTest,
+    testing::Values(FunctionCase{"matches_a_part", "matches", "s 'ra.e \\d$'", "boolean", "true"},
+                    FunctionCase{"matches_with_case", "matches", "s 'STR'", "boolean", "false"},
+                    FunctionCase{"matches_any_case", "matches", "s '(?i)STRAßE'", "boolean", "true"},
+                    FunctionCase{"matches_number", "matches", "x '^2\\.5$'", "boolean", "true"},
+                    FunctionCase{"matches_missing", "matches", "missing 'a'", "boolean", kNull},
+                    FunctionCase{"matches_invalid", "matches", "bad 'a'", "boolean", kNull},
+                    FunctionCase{"matches_constant", "matches", "'BBBB' 'B{5}'", "boolean", "false"},
+                    FunctionCase{"replaces_all", "replace", "'BBxBB' 'B+' 'c'", "string", "cxc"},
+                    FunctionCase{"replaces_nothing", "replace", "t 'zz' 'c'", "string", kLongText},
+                    FunctionCase{"replaces_by_groups", "replace", "s '(?&lt;g>S)(t)(q)?' '[$2${g}$3\\$]'", "string",
+                                 " [tS$]raße 7"},
+                    FunctionCase{"replaces_by_group_and_digit", "replace", "s '(S)(t)' '$10'", "string", " S0raße 7"},
+                    FunctionCase{"replaces_the_empty_match", "replace", "'ab' 'x*' '-'", "string", "-a-b-"},
+                    FunctionCase{"replaces_characters", "replace", "s '[ß ]' '€'", "string", "€Stra€e€7"},
+                    FunctionCase{"replaces_by_field", "replace", "t 'text.*' s", "string", "a  Straße 7"},
+                    FunctionCase{"replaces_missing", "replace", "s 'a' missing", "string", kNull},
+                    FunctionCase{"hostile", "matches", "t '^(?:[a-z ]+)+!'", "boolean", kNull}),
+    CaseName());
+
+TEST(PatternTest, Replace_GroupThatTheRecordInvents_IsInvalid) {
+  EXPECT_TRUE(Evaluate("string", Apply("replace", "s 'a' t"), {{"s", "xax"}, {"t", "$1"}}).IsNull());
+  EXPECT_TRUE(Evaluate("string", Apply("replace", "s 'a' t"), {{"s", "xax"}, {"t", "${g}"}}).IsNull());
+}
+
+// Each of these would take minutes at least if it weren't given up.
+TEST(PatternTest, Matches_HostilePatternsOnLongTexts_AreGivenUp) {
+  const std::string text(100000, 'x');
+  for (const char* const pattern : {"(x+x+)+y", "(?:(?=x*+)x)*y", "(?>x*+)y", "(x|x)*y"}) {
+    EXPECT_TRUE(Evaluate("boolean", Apply("matches", "s '" + std::string(pattern) + "'"), {{"s", text}}).IsNull())
+        << pattern;
+  }
+  EXPECT_TRUE(Evaluate("string", Apply("replace", "s '(?=x*+)x' 'x'"), {{"s", text}}).IsNull());
+  EXPECT_TRUE(Evaluate("string", Apply("replace", "s '.*' '$0$0$0$0$0$0$0$0$0$0$0'"), {{"s", text}}).IsNull());
+}
+
+TEST(PatternTest, Matches_TextAboveTheLimit_IsInvalid) {
+  const std::string text(std::size_t{1} << 20U, 'x');
+  EXPECT_EQ(Show(Evaluate("boolean", Apply("matches", "s 'x'"), {{"s", text}})), "text true");
+  EXPECT_TRUE(Evaluate("boolean", Apply("matches", "s 'x'"), {{"s", text + "x"}}).IsNull());
+}
+
 INSTANTIATE_TEST_SUITE_P(
     NumberFormats, FunctionTest,
     testing::Values(FunctionCase{"width", "formatNumber", "2 '%3d'", "string", "  2"},
