@@ -2,11 +2,7 @@
 
 #include <algorithm>
 
-#include "plugins/torvane/models/ModelRegistry.h"
-
 namespace Torvane {
-
-using KelTransformNS::Cell;
 
 namespace {
 
@@ -33,41 +29,87 @@ void CheckHasCategories(const Element& model, const Target& target) {
 
 }  // namespace
 
-std::unique_ptr<const CompiledModel> CompiledModel::Build(const Element& model, const Document& document) {
-  const ModelKind* const kind = FindKind(model.Name());
-  if (kind == nullptr) throw model.Error("is not supported");
+std::unique_ptr<CompiledModel> CompiledModel::BuildIn(FieldScope& scope, const Element& model, const ModelKind& kind) {
   CheckIsScorable(model);
-  FieldScope scope(document, model);
   std::unique_ptr<CompiledModel> compiled(new CompiledModel);
-  compiled->fTarget = std::make_unique<Target>(scope, model, ReadFunction(model, *kind),
+  compiled->fTarget = std::make_unique<Target>(scope, model, ReadFunction(model, kind),
                                                model.Attribute("targetFieldName").value_or(std::string_view()));
-  compiled->fBody = kind->build(model, scope, *compiled->fTarget);
+  compiled->fBody = kind.build(model, scope, *compiled->fTarget);
   CheckHasCategories(model, *compiled->fTarget);
+  compiled->fDerivedSlots = scope.TakeDerivedSlots();
   compiled->fDerived = scope.Compiler().Finish();
-  compiled->fHasDerived = !compiled->fDerived.IsEmpty();
-  compiled->fDerivedSlots = scope.DerivedSlots();
-  compiled->fOutputs = std::make_unique<OutputTable>(scope, *compiled->fTarget, *compiled->fBody, model);
-  compiled->fInputs = scope.TakeInputs();
-  compiled->fSlotCount = scope.Compiler().SlotCount();
-  compiled->fCategoryCount = static_cast<std::uint32_t>(compiled->fTarget->Categories().size());
+  compiled->CountNumbers();
   return compiled;
 }
 
+std::unique_ptr<const CompiledModel> CompiledModel::Build(const Element& model, const Document& document) {
+  const ModelKind* const kind = FindKind(model.Name());
+  if (kind == nullptr) throw model.Error("is not supported");
+  FieldScope scope(document, model);
+  std::unique_ptr<CompiledModel> compiled = BuildIn(scope, model, *kind);
+  compiled->fOutputs = std::make_unique<OutputTable>(scope, *compiled->fTarget, *compiled->fBody, model);
+  compiled->fInputs = scope.TakeInputs();
+  compiled->fNeedsPreparation = !compiled->fDerived.IsEmpty();
+  compiled->fSlotCount = scope.Slots().Count();
+  return compiled;
+}
+
+std::unique_ptr<const CompiledModel> CompiledModel::BuildMember(const Element& model, FieldScope& ensemble,
+                                                                const std::vector<Element>& outputs) {
+  const ModelKind* const kind = FindMemberKind(model.Name());
+  if (kind == nullptr) throw model.Error("is not supported");
+  FieldScope scope(ensemble, model);
+  std::unique_ptr<CompiledModel> compiled = BuildIn(scope, model, *kind);
+  if (OutputTable::IsNeededBy(model, scope, outputs)) {
+    compiled->fOutputs = std::make_unique<OutputTable>(scope, *compiled->fTarget, *compiled->fBody, model, outputs);
+  }
+  compiled->fSegmentInputs = scope.TakeSegmentInputs();
+  compiled->fNeedsPreparation =
+      !compiled->fSegmentInputs.empty() || !compiled->fDerived.IsEmpty() || !compiled->fDerivedSlots.empty();
+  return compiled;
+}
+
+// The ranking comes last: its entries have the alignment of a number.
+void CompiledModel::CountNumbers() noexcept {
+  static_assert(alignof(RankedEntity) == alignof(double) && sizeof(RankedEntity) % sizeof(double) == 0);
+  fCategoryCount = static_cast<std::uint32_t>(fTarget->Categories().size());
+  fNumberCount = std::size_t{2} * fCategoryCount + fBody->ScratchCount() +
+                 fBody->RankingCapacity() * (sizeof(RankedEntity) / sizeof(double));
+}
+
+Prediction CompiledModel::MakePrediction(double* numbers) const noexcept {
+  Prediction prediction;
+  prediction.probabilities = numbers;
+  prediction.confidences = prediction.probabilities + fCategoryCount;
+  prediction.scratch = prediction.confidences + fCategoryCount;
+  prediction.ranking = reinterpret_cast<RankedEntity*>(prediction.scratch + fBody->ScratchCount());
+  return prediction;
+}
+
 void CompiledModel::Evaluate(KelTransformNS::Frame frame, Prediction& prediction) const {
-  if (fHasDerived) {
-    fDerived.Run(frame);
-    if (HasInvalidField(frame.data())) {
-      prediction.outcome = Outcome::kInvalid;
-      return;
-    }
+  if (fNeedsPreparation && !Prepare(frame)) {
+    prediction.outcome = Outcome::kInvalid;
+    return;
   }
   fBody->Evaluate(frame, prediction);
   fTarget->Finish(prediction);
 }
 
-bool CompiledModel::HasInvalidField(const Cell* frame) const noexcept {
-  return std::any_of(fDerivedSlots.begin(), fDerivedSlots.end(),
-                     [&](std::uint32_t slot) { return frame[slot].IsInvalid(); });
+void CompiledModel::EvaluateMember(KelTransformNS::Frame frame, Prediction& prediction) const {
+  if (fOutputs == nullptr) return Evaluate(frame, prediction);
+  fOutputs->SetWants(prediction);
+  Evaluate(frame, prediction);
+  fOutputs->PutIntoEnsemble(frame, prediction);
+}
+
+// False if a field is invalid.
+bool CompiledModel::Prepare(KelTransformNS::Frame frame) const noexcept {
+  for (const SegmentInput& input : fSegmentInputs) {
+    frame[input.slot] = input.treatment.TreatAgain(frame[input.outerSlot]);
+  }
+  fDerived.Run(frame);
+  return std::none_of(fDerivedSlots.begin(), fDerivedSlots.end(),
+                      [&](std::uint32_t slot) { return frame[slot].IsInvalid(); });
 }
 
 }  // namespace Torvane

@@ -8,17 +8,22 @@
 #include "components/keltransform/Program.h"
 #include "plugins/torvane/fields/FieldScope.h"
 #include "plugins/torvane/models/ModelBody.h"
+#include "plugins/torvane/models/ModelRegistry.h"
 #include "plugins/torvane/outputs/OutputTable.h"
 #include "plugins/torvane/targets/Target.h"
 
 namespace Torvane {
 
-/// A model element, compiled: its inputs, derived fields, mathematics, targets and outputs over the slots of one frame.
-/// Immutable: any number of threads score with one. The text pool outlives it.
+/// A model element, compiled: its inputs, derived fields, mathematics, targets and outputs over the slots of one frame,
+/// which the models of an ensemble share. Immutable: any number of threads score with one. The text pool outlives it.
 class CompiledModel {
  public:
   /// Throws `PmmlError` for what is malformed, contradictory or not supported. Nothing of the element tree is kept.
   static std::unique_ptr<const CompiledModel> Build(const Element& model, const Document& document);
+  /// A model in the ensemble of `ensemble`: that of a "Segment", or a "Regression" or "DecisionTree" without a schema.
+  /// `outputs` are output fields of the ensemble that ask for this model's results.
+  static std::unique_ptr<const CompiledModel> BuildMember(const Element& model, FieldScope& ensemble,
+                                                          const std::vector<Element>& outputs);
 
   CompiledModel(const CompiledModel&) = delete;
   CompiledModel& operator=(const CompiledModel&) = delete;
@@ -26,25 +31,36 @@ class CompiledModel {
   [[nodiscard]] const std::vector<InputField>& Inputs() const noexcept { return fInputs; }
   [[nodiscard]] const OutputTable& Outputs() const noexcept { return *fOutputs; }
   [[nodiscard]] std::uint32_t SlotCount() const noexcept { return fSlotCount; }
-  [[nodiscard]] std::uint32_t CategoryCount() const noexcept { return fCategoryCount; }
+  [[nodiscard]] const Target& GetTarget() const noexcept { return *fTarget; }
   [[nodiscard]] const ModelBody& Body() const noexcept { return *fBody; }
+
+  /// The numbers that the arrays of a prediction take.
+  [[nodiscard]] std::size_t NumberCount() const noexcept { return fNumberCount; }
+  /// A prediction whose arrays stand in `numbers`.
+  [[nodiscard]] Prediction MakePrediction(double* numbers) const noexcept;
 
   /// Evaluates a frame whose input slots are filled. `prediction` has its arrays, and what is wanted, set.
   void Evaluate(KelTransformNS::Frame frame, Prediction& prediction) const;
+  /// The same for a member of an ensemble, whose outputs become fields of the frame.
+  void EvaluateMember(KelTransformNS::Frame frame, Prediction& prediction) const;
 
  private:
   CompiledModel() = default;
-  [[nodiscard]] bool HasInvalidField(const KelTransformNS::Cell* frame) const noexcept;
+  static std::unique_ptr<CompiledModel> BuildIn(FieldScope& scope, const Element& model, const ModelKind& kind);
+  void CountNumbers() noexcept;
+  bool Prepare(KelTransformNS::Frame frame) const noexcept;
 
-  std::vector<InputField> fInputs;
+  std::vector<InputField> fInputs;           // of the model that is scored
+  std::vector<SegmentInput> fSegmentInputs;  // of a member of an ensemble
   KelTransformNS::Program fDerived;
-  bool fHasDerived = false;
-  std::vector<std::uint32_t> fDerivedSlots;  // those that the body reads
+  bool fNeedsPreparation = false;
+  std::vector<std::uint32_t> fDerivedSlots;  // of the fields whose cells can be invalid
   std::unique_ptr<Target> fTarget;
   std::unique_ptr<ModelBody> fBody;
-  std::unique_ptr<OutputTable> fOutputs;
+  std::unique_ptr<OutputTable> fOutputs;  // null for a member that has none
   std::uint32_t fSlotCount = 0;
   std::uint32_t fCategoryCount = 0;
+  std::size_t fNumberCount = 0;
 };
 
 }  // namespace Torvane

@@ -32,6 +32,8 @@ bool IsIgnorable(const Element& element) noexcept {
   return element.Is("Extension") || element.Name().starts_with("X-");
 }
 
+bool IsComposed(const Element& model) noexcept { return model.Is("Regression") || model.Is("DecisionTree"); }
+
 void RefuseUnknownChildren(const Element& element, std::initializer_list<std::string_view> known) {
   RefuseOthers(element, {known.begin(), known.size()});
 }
@@ -52,6 +54,7 @@ void RefuseUnknownModelChildren(const Element& model, std::initializer_list<std:
                                          "ModelExplanation", "Targets", "LocalTransformations",
                                          "ModelVerification"};
   known.insert(known.end(), body.begin(), body.end());
+  if (IsComposed(model)) known.push_back("ResultField");
   RefuseOthers(model, known);
 }
 

@@ -55,6 +55,8 @@ Enum ReadRequiredWord(const Element& element, std::string_view attribute, const 
 
 /// Whether an element has no influence on scores wherever it stands: "Extension" and names that begin with "X-".
 [[nodiscard]] bool IsIgnorable(const Element& element) noexcept;
+/// Whether an element is a model by the older way of composing them, without a schema of its own.
+[[nodiscard]] bool IsComposed(const Element& model) noexcept;
 /// Throws for the first child of `element` that is neither among `known` nor ignorable: leaving out what isn't
 /// understood could change the scores.
 void RefuseUnknownChildren(const Element& element, std::initializer_list<std::string_view> known);

@@ -16,10 +16,8 @@ using KelTransformNS::FrameStorage;
 namespace {
 
 // The arrays of a prediction stand behind the cells of the frame, in the same memory.
-std::size_t CellsForArrays(const CompiledModel& model) {
-  const std::size_t numberCount = std::size_t{2} * model.CategoryCount() + model.Body().ScratchCount();
-  const std::size_t bytes = numberCount * sizeof(double) + model.Body().RankingCapacity() * sizeof(RankedEntity);
-  return (bytes + sizeof(Cell) - 1) / sizeof(Cell);
+constexpr std::size_t CellsFor(std::size_t numberCount) {
+  return (numberCount * sizeof(double) + sizeof(Cell) - 1) / sizeof(Cell);
 }
 
 // A number that isn't one of the marks of a missing number, NaN and the lowest of all. The infinity below it is left to
@@ -37,7 +35,7 @@ TorvaneScorer::TorvaneScorer(KelXML_1_3::KelSettings& settings, const KelXML_1_3
       fType(std::move(type)),
       fPool(std::move(pool)),
       fModel(std::move(model)),
-      fCellCount(fModel->SlotCount() + CellsForArrays(*fModel)) {}
+      fCellCount(fModel->SlotCount() + CellsFor(fModel->NumberCount())) {}
 
 KelStatus TorvaneScorer::Scorable(ValueRecord& record) {
   fModel->Outputs().Announce(record);
@@ -61,7 +59,9 @@ KelStatus TorvaneScorer::ScoreBound(const ValueRecord& in, ValueRecord& out) {
 
   FrameStorage storage(fCellCount, FrameStorage::kUninitialized, fPool->HasMadeTexts());
   const KelTransformNS::Frame frame = storage.Cells().first(fModel->SlotCount());
-  Prediction prediction = MakePrediction(frame, *outputs);
+  Prediction prediction = fModel->MakePrediction(reinterpret_cast<double*>(frame.data() + frame.size()));
+  prediction.wantsDistribution = outputs->wantsDistribution;
+  prediction.wantsRanking = outputs->wantsRanking;
   if (Gather(in, *inputs, frame.data())) {
     fModel->Evaluate(frame, prediction);
   } else {
@@ -75,17 +75,6 @@ KelStatus TorvaneScorer::ScoreBound(const ValueRecord& in, ValueRecord& out) {
     fModel->Outputs().Write(*place.output, frame.data(), prediction, out[place.position]);
   }
   return {};
-}
-
-Prediction TorvaneScorer::MakePrediction(KelTransformNS::Frame frame, const OutputBinding& outputs) const noexcept {
-  Prediction prediction;
-  prediction.probabilities = reinterpret_cast<double*>(frame.data() + frame.size());
-  prediction.confidences = prediction.probabilities + fModel->CategoryCount();
-  prediction.scratch = prediction.confidences + fModel->CategoryCount();
-  prediction.ranking = reinterpret_cast<RankedEntity*>(prediction.scratch + fModel->Body().ScratchCount());
-  prediction.wantsDistribution = outputs.wantsDistribution;
-  prediction.wantsRanking = outputs.wantsRanking;
-  return prediction;
 }
 
 TorvaneScorer::InputBinding TorvaneScorer::BindInputs(const ValueRecord& in) const {

@@ -66,7 +66,6 @@ class TorvaneScorer final : public KelScoring_20::ScoringBaseScorer {
   [[nodiscard]] InputBinding BindInputs(const KelCommon_1_3::ValueRecord& in) const;
   [[nodiscard]] OutputBinding BindOutputs(const KelCommon_1_3::ValueRecord& out) const;
   KelCommon_1_3::KelStatus ScoreBound(const KelCommon_1_3::ValueRecord& in, KelCommon_1_3::ValueRecord& out);
-  Prediction MakePrediction(KelTransformNS::Frame frame, const OutputBinding& outputs) const noexcept;
   bool Gather(const KelCommon_1_3::ValueRecord& in, const InputBinding& binding,
               KelTransformNS::Cell* frame) const noexcept;
   [[gnu::noinline]] bool GatherOne(const KelCommon_1_3::Value& value, const InputField& field,

@@ -148,7 +148,24 @@ const Value& Lookup(const ExpectedColumn& column, const ValueRecord& out) {
   return members == nullptr ? Value::NULL_VALUE : members->At(members->IndexOf(column.member));
 }
 
+namespace {
+
+// A list is shown as its texts, as JSON does; a composite value is one.
+std::string AsList(const ValueRecord& members) {
+  std::string list = "[";
+  for (int i = 0; i < members.Size(); ++i) {
+    list += (i == 0 ? "\"" : ", \"") + members.At(i).GetString() + "\"";
+  }
+  return list + "]";
+}
+
+}  // namespace
+
 std::string Difference(const std::string& expected, const Value& actual, double tolerance) {
+  if (const ValueRecord* members = actual.Members()) {
+    const std::string list = AsList(*members);
+    return list == expected ? "" : "expected " + expected + ", got " + list;
+  }
   const std::string message = "expected \"" + expected + "\", got \"" + actual.GetString() + "\"";
   if (expected.empty() || actual.IsNull()) return expected.empty() && actual.IsNull() ? "" : message;
   if (actual.GetType() != Value::kNumber) return actual.GetString() == expected ? "" : message;

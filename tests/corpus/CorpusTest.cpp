@@ -16,7 +16,7 @@ using KelCommon_1_3::Value;
 using KelCommon_1_3::ValueRecord;
 
 // Kinds of model that the default plug-in scores.
-constexpr const char* kServedKinds[] = {"RegressionModel", "TreeModel"};
+constexpr const char* kServedKinds[] = {"GeneralRegressionModel", "MiningModel", "RegressionModel", "TreeModel"};
 
 // Cases of the served kinds that are refused all the same, with a part of the reason.
 struct Refusal {
@@ -24,6 +24,8 @@ struct Refusal {
   const char* reason;
 };
 constexpr Refusal kRefusals[] = {
+    {"MiningModel/knime-ModelEnsembleIris-4.2", "NeuralNetwork"},
+    {"MiningModel/knime-RegressionEnsembleAuto-4.2", "GeneralRegressionModel"},
     {"RegressionModel/sklearn-LinearDiscriminantAnalysisSentiment-4.4", "TextIndex"},
 };
 

@@ -1,5 +1,6 @@
 #include "plugins/torvane/fields/FieldScope.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Torvane {
@@ -42,11 +43,23 @@ InputField::InputField(std::string name, FieldTreatment treatment, std::uint32_t
 FieldScope::FieldScope(const Document& document, const Element& model)
     : fDocument(document),
       fSchema(ReadMiningSchema(model.RequiredChild("MiningSchema"))),
-      fCompiler(document.pool, [this](std::string_view name) { return FindInput(name); }) {
+      fCompiler(document.pool, fOwnSlots, [this](std::string_view name) { return FindInput(name); }) {
   fCompiler.SetVersion(fDocument.root.Attribute("version").value_or(""));
   DeclareDerivedFields(model);
   CheckSchema();
 }
+
+FieldScope::FieldScope(FieldScope& outer, const Element& model)
+    : fDocument(outer.fDocument),
+      fOuter(&outer),
+      fSchema(ReadMiningSchema(model.Child("MiningSchema"))),
+      fSeesAll(!model.Child("MiningSchema")),
+      fCompiler(fDocument.pool, outer.Slots(), [this](std::string_view name) { return FindInEnsemble(name); }) {
+  fCompiler.SetVersion(fDocument.root.Attribute("version").value_or(""));
+  DeclareSegmentFields(model);
+}
+
+KelTransformNS::SlotCounter& FieldScope::Slots() noexcept { return fOuter == nullptr ? fOwnSlots : fOuter->Slots(); }
 
 // The library has computed some derived fields into the record. These are inputs here; all others are computed in
 // the frame, whatever the record holds under their names.
@@ -65,6 +78,34 @@ void FieldScope::DeclareDerivedFields(const Element& model) {
   fCompiler.DeclareDerivedFields(model.Child("LocalTransformations"));
 }
 
+// Where a field is treated once more, derived fields follow from the new value, but for those that the schema takes
+// from the ensemble by their names, and those that the record holds.
+void FieldScope::DeclareSegmentFields(const Element& model) {
+  const Element dictionary = fDocument.root.Child("TransformationDictionary");
+  const bool treatsAgain = std::any_of(fSchema.fields.begin(), fSchema.fields.end(), [&](const MiningField& field) {
+    return IsDataField(field.name) && TreatsAgain(field);
+  });
+  if (treatsAgain) {
+    const FieldScope* outermost = fOuter;
+    while (outermost->fOuter != nullptr) outermost = outermost->fOuter;
+    fCompiler.DeclareDerivedFields(dictionary);
+    NameMap<Element> declared;
+    CollectDerivedFields(dictionary, declared);
+    for (const auto& [name, element] : declared) {
+      const bool isInRecord = outermost->fDerivedInRecord.count(name) != 0;
+      if (isInRecord || fSchema.Find(name) != nullptr) fCompiler.Withdraw(name);
+    }
+    fSeesAll = true;  // a derived field may refer to what this schema doesn't list
+  } else if (dictionary.Child("DefineFunction")) {
+    fCompiler.DeclareFunctions(dictionary);
+  }
+  fCompiler.DeclareDerivedFields(model.Child("LocalTransformations"));
+}
+
+bool FieldScope::TreatsAgain(const MiningField& field) const {
+  return NeedsAnotherTreatment(field, fOuter->fSchema.Find(field.name));
+}
+
 // The library computes a dictionary as a whole or not at all, and says nothing then. So if a field is to come from it,
 // every derived field must be one that can be compiled, and none may have the name of a data field.
 void FieldScope::AddDerivedInRecord(const std::vector<std::string>& names, const Element& dictionary) {
@@ -78,7 +119,7 @@ void FieldScope::AddDerivedInRecord(const std::vector<std::string>& names, const
   compiler->DeclareDerivedFields(dictionary);
   for (Element field = dictionary.Child("DerivedField"); field; field = field.Next("DerivedField")) {
     const std::string_view name = field.Required("name");
-    if (fDocument.dictionary.Find(name) != nullptr) {
+    if (IsDataField(name)) {
       throw field.AttributeError("name", "is the name of a data field as well");
     }
     (void)compiler->Resolve(name, field);
@@ -91,7 +132,7 @@ void FieldScope::CheckSchema() {
   NameMap<Element> derived;
   CollectDerivedFields(fDocument.root.Child("TransformationDictionary"), derived);
   for (const MiningField& field : fSchema.fields) {
-    if (fDocument.dictionary.Find(field.name) != nullptr) continue;
+    if (IsDataField(field.name)) continue;
     if (derived.count(field.name) == 0) throw field.element.AttributeError("name", "isn't in the data dictionary");
     if (HasTreatment(field)) {
       throw field.element.AttributeError("name", "is a derived field, whose values can't be treated here");
@@ -127,10 +168,42 @@ Field FieldScope::ResolveNew(std::string_view name, const Element& referrer) {
 
 void FieldScope::AddOutput(const ResolvedField& field) { fOutputs.emplace(field.name, field); }
 
+std::optional<ResolvedField> FieldScope::FindInEnsemble(std::string_view name) {
+  const MiningField* const field = fSchema.Find(name);
+  const std::optional<ResolvedField> outer = fOuter->FindForSegment(name, fSeesAll || field != nullptr);
+  if (outer) return field == nullptr ? outer : AddSegmentInput(*field, *outer);
+  const auto output = fOutputs.find(name);
+  return output == fOutputs.end() ? std::nullopt : std::optional(output->second);
+}
+
+// A segment doesn't see data fields that its schema doesn't list.
+std::optional<ResolvedField> FieldScope::FindForSegment(std::string_view name, bool isListed) {
+  if (!isListed && IsDataField(name)) return std::nullopt;
+  const ResolvedField* const field = fCompiler.Find(name, Element());
+  return field == nullptr ? std::nullopt : std::optional(*field);
+}
+
+ResolvedField FieldScope::AddSegmentInput(const MiningField& field, ResolvedField outer) {
+  outer.opType = field.opType.value_or(outer.opType);
+  const auto input = fOuter->fInputsBySlot.find(outer.slot);
+  const FieldDeclaration* const declaration = input == fOuter->fInputsBySlot.end() ? nullptr : input->second;
+  if (!TreatsAgain(field)) {
+    if (input != fOuter->fInputsBySlot.end()) fInputsBySlot.emplace(outer.slot, declaration);
+    return outer;
+  }
+  const std::uint32_t slot = fCompiler.NewSlot();
+  fSegmentInputs.push_back({outer.slot, slot,
+                            declaration == nullptr ? FieldTreatment(outer.dataType, field, fDocument.pool)
+                                                   : FieldTreatment(*declaration, field, fDocument.pool)});
+  if (declaration != nullptr) outer.values = ValuesInOrder(*declaration);
+  outer.slot = slot;
+  return outer;
+}
+
 std::optional<ResolvedField> FieldScope::FindInput(std::string_view name) {
   if (const std::optional<ResolvedField> derived = AddDerivedInput(name)) return derived;
   const MiningField* field = fSchema.Find(name);
-  if (field != nullptr && fDocument.dictionary.Find(name) != nullptr) return AddInput(*field);
+  if (field != nullptr && IsDataField(name)) return AddInput(*field);
   const auto output = fOutputs.find(name);
   if (output != fOutputs.end()) return output->second;
   return std::nullopt;
@@ -157,11 +230,37 @@ std::optional<ResolvedField> FieldScope::AddDerivedInput(std::string_view name) 
   return field;
 }
 
+std::optional<std::uint32_t> FieldScope::AddSegmentOutput(const ResolvedField& field) {
+  const auto [known, isNew] = fSegmentOutputPositions.emplace(field.name, fSegmentOutputs.size());
+  if (!isNew) {
+    const ResolvedField& output = fSegmentOutputs[known->second];
+    return output.dataType == field.dataType ? std::optional(output.slot) : std::nullopt;
+  }
+  ResolvedField& output = fSegmentOutputs.emplace_back(field);
+  output.slot = fCompiler.NewSlot();
+  fOutputs.emplace(output.name, output);
+  return output.slot;
+}
+
+const ResolvedField* FieldScope::FindSegmentOutput(std::string_view name) const {
+  const auto found = fSegmentOutputPositions.find(name);
+  return found == fSegmentOutputPositions.end() ? nullptr : &fSegmentOutputs[found->second];
+}
+
+std::vector<SegmentInput> FieldScope::TakeSegmentInputs() {
+  for (const MiningField& field : fSchema.fields) {
+    if (field.usage == FieldUsage::kActive && field.missingReturnsInvalid && IsDataField(field.name)) {
+      (void)Resolve(field.name, field.element);
+    }
+  }
+  return std::move(fSegmentInputs);
+}
+
 // An invalid value of an active field makes the result invalid even if nothing refers to the field.
 std::vector<InputField> FieldScope::TakeInputs() {
   for (const MiningField& field : fSchema.fields) {
     const bool canSpoil = field.invalidTreatment == InvalidTreatment::kReturnInvalid || field.missingReturnsInvalid;
-    const bool isDeclared = fDocument.dictionary.Find(field.name) != nullptr;
+    const bool isDeclared = IsDataField(field.name);
     if (field.usage == FieldUsage::kActive && canSpoil && isDeclared && fInputNames.count(field.name) == 0) {
       (void)AddInput(field);
     }

@@ -6,10 +6,12 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "components/keltransform/DataDictionary.h"
 #include "components/keltransform/ExpressionCompiler.h"
+#include "components/keltransform/SlotCounter.h"
 #include "plugins/torvane/fields/FieldTreatment.h"
 #include "plugins/torvane/fields/MiningSchema.h"
 #include "scoring/common/Value.h"
@@ -61,12 +63,29 @@ struct Field {
   std::vector<std::string> order;  ///< of an ordinal field that lists its values: these, the smallest first
 };
 
+/// A field of an ensemble that the schema of one of its models treats once more, for this model alone.
+struct SegmentInput {
+  std::uint32_t outerSlot;
+  std::uint32_t slot;
+  FieldTreatment treatment;
+};
+
 /// The names that one model can refer to: the fields of its mining schema and the derived fields in scope. What is
 /// referred to becomes an input or gets compiled; nothing else costs time while scoring.
+///
+/// A model inside an ensemble has a scope inside that of the ensemble, over the same frame. It sees what its schema
+/// lists of the ensemble's fields, the ensemble's derived fields, and the outputs of the segments before it. Fields
+/// that its schema doesn't treat in another way share the ensemble's slots. The derived fields of the dictionary are
+/// the ensemble's too, unless the schema treats a field once more: they then follow from what this model sees.
 class FieldScope {
  public:
   /// `model` holds "MiningSchema" and perhaps "LocalTransformations".
   FieldScope(const Document& document, const Element& model);
+  /// The scope of a model in the ensemble of `outer`, which outlives it. A model without a "MiningSchema" sees all that
+  /// the ensemble sees.
+  FieldScope(FieldScope& outer, const Element& model);
+  FieldScope(const FieldScope&) = delete;
+  FieldScope& operator=(const FieldScope&) = delete;
 
   /// The field `name` for the element `referrer`. Throws `PmmlError` if the model can't see such a field. The reference
   /// lives as long as the scope.
@@ -79,17 +98,42 @@ class FieldScope {
   /// The inputs that were referred to, and those active fields whose values can make the record invalid. Asked once,
   /// at the end.
   [[nodiscard]] std::vector<InputField> TakeInputs();
-  /// The slots of the derived fields that were referred to.
-  [[nodiscard]] const std::vector<std::uint32_t>& DerivedSlots() const noexcept { return fDerivedSlots; }
+  /// The same for a model in an ensemble.
+  [[nodiscard]] std::vector<SegmentInput> TakeSegmentInputs();
+  /// The slots whose cells can be invalid though the inputs aren't, of the fields that were referred to since the last
+  /// call: those of derived fields, and of fields of an ensemble.
+  [[nodiscard]] std::vector<std::uint32_t> TakeDerivedSlots() { return std::exchange(fDerivedSlots, {}); }
+
+  /// Makes an output of one of this ensemble's segments a field of the ensemble, for the segments after it and for the
+  /// host. Gives the slot where the segment leaves it, the same one for an output of that name in other segments;
+  /// nothing if the name has another type there.
+  [[nodiscard]] std::optional<std::uint32_t> AddSegmentOutput(const KelTransformNS::ResolvedField& field);
+  /// The outputs of all segments so far, in order.
+  [[nodiscard]] const std::vector<KelTransformNS::ResolvedField>& SegmentOutputs() const noexcept {
+    return fSegmentOutputs;
+  }
+  /// Null if no segment so far has an output of that name.
+  [[nodiscard]] const KelTransformNS::ResolvedField* FindSegmentOutput(std::string_view name) const;
+
+  /// The scope of the ensemble; null for the model that is scored.
+  [[nodiscard]] FieldScope* Outer() const noexcept { return fOuter; }
 
   [[nodiscard]] const MiningSchema& Schema() const noexcept { return fSchema; }
   [[nodiscard]] const Document& GetDocument() const noexcept { return fDocument; }
   [[nodiscard]] KelTransformNS::TextPool& Pool() const noexcept { return fDocument.pool; }
+  /// Of the whole frame.
+  [[nodiscard]] KelTransformNS::SlotCounter& Slots() noexcept;
   [[nodiscard]] KelTransformNS::ExpressionCompiler& Compiler() noexcept { return fCompiler; }
 
  private:
   Field ResolveNew(std::string_view name, const Element& referrer);
   std::optional<KelTransformNS::ResolvedField> FindInput(std::string_view name);
+  std::optional<KelTransformNS::ResolvedField> FindInEnsemble(std::string_view name);
+  std::optional<KelTransformNS::ResolvedField> FindForSegment(std::string_view name, bool isListed);
+  KelTransformNS::ResolvedField AddSegmentInput(const MiningField& field, KelTransformNS::ResolvedField outer);
+  [[nodiscard]] bool TreatsAgain(const MiningField& field) const;
+  void DeclareSegmentFields(const Element& model);
+  [[nodiscard]] bool IsDataField(std::string_view name) const { return fDocument.dictionary.Find(name) != nullptr; }
   KelTransformNS::ResolvedField AddInput(const MiningField& field);
   std::optional<KelTransformNS::ResolvedField> AddDerivedInput(std::string_view name);
   void DeclareDerivedFields(const Element& model);
@@ -97,7 +141,10 @@ class FieldScope {
   void CheckSchema();
 
   const Document& fDocument;
+  FieldScope* fOuter = nullptr;
+  KelTransformNS::SlotCounter fOwnSlots;  // of the outermost scope, for all scopes in it
   MiningSchema fSchema;
+  bool fSeesAll = false;  // of the ensemble, without a schema that lists what
   KelTransformNS::ExpressionCompiler fCompiler;
   NameMap<KelTransformNS::ResolvedField> fDerivedInRecord;  // without slots of this scope
   NameMap<KelTransformNS::ResolvedField> fOutputs;
@@ -105,7 +152,10 @@ class FieldScope {
   std::vector<InputField> fInputs;
   std::set<std::string, std::less<>> fInputNames;
   std::unordered_map<std::uint32_t, const KelTransformNS::FieldDeclaration*> fInputsBySlot;
+  std::vector<SegmentInput> fSegmentInputs;
   std::vector<std::uint32_t> fDerivedSlots;
+  std::vector<KelTransformNS::ResolvedField> fSegmentOutputs;
+  NameMap<std::size_t> fSegmentOutputPositions;
 };
 
 }  // namespace Torvane

@@ -25,6 +25,12 @@ FieldTreatment::FieldTreatment(const FieldDeclaration& declaration, const Mining
   ReadOutliers(field);
 }
 
+FieldTreatment::FieldTreatment(KelTransformNS::DataType type, const MiningField& field, TextPool& pool)
+    : fType(type), fInvalidTreatment(field.invalidTreatment), fMissingReturnsInvalid(field.missingReturnsInvalid) {
+  ReadReplacements(field, pool);
+  ReadOutliers(field);
+}
+
 void FieldTreatment::ReadDeclaredValues(const FieldDeclaration& declaration, TextPool& pool) {
   using Declared = FieldDeclaration::DeclaredValue;
   for (const Declared& declared : declaration.values) {
@@ -86,6 +92,14 @@ Cell FieldTreatment::Treat(const Value& value, const TextPool& pool) const noexc
   if (cell.IsMissing() || IsDeclaredMissing(value, cell, pool)) return TreatMissing();
   if (!IsValid(cell)) return TreatInvalid(cell);
   return TreatOutlier(cell);
+}
+
+Cell FieldTreatment::TreatAgain(const Cell& cell) const noexcept {
+  if (cell.IsMissing()) return TreatMissing();
+  const bool asksAgain =
+      fInvalidTreatment == InvalidTreatment::kAsMissing || fInvalidTreatment == InvalidTreatment::kAsValue;
+  if (asksAgain && !IsValid(cell)) return TreatInvalid(cell);
+  return cell.IsInvalid() ? cell : TreatOutlier(cell);
 }
 
 // A mark such as "N/A" isn't of the type of a field of numbers, nor is 999 a boolean.

@@ -27,9 +27,15 @@ class FieldTreatment {
   FieldTreatment(const KelTransformNS::FieldDeclaration& declaration, const MiningField& field,
                  KelTransformNS::TextPool& pool);
 
+  /// A field that has no declaration, such as a derived one.
+  FieldTreatment(KelTransformNS::DataType type, const MiningField& field, KelTransformNS::TextPool& pool);
+
   /// The cell that the model sees. An invalid one means that the model must give no result.
   [[nodiscard]] KelTransformNS::Cell Treat(const KelCommon_1_3::Value& value,
                                            const KelTransformNS::TextPool& pool) const noexcept;
+  /// What the schema of a model inside an ensemble does with a cell that the ensemble's own schema has treated. Values
+  /// that were let pass there are looked at again only if this schema says what becomes of invalid ones.
+  [[nodiscard]] KelTransformNS::Cell TreatAgain(const KelTransformNS::Cell& cell) const noexcept;
   /// Whether a number of the field's type passes as it is.
   [[nodiscard]] bool PassesNumbers() const noexcept;
   [[nodiscard]] KelTransformNS::DataType Type() const noexcept { return fType; }

@@ -110,6 +110,18 @@ const MiningField* MiningSchema::Find(std::string_view name) const {
   return found == positions.end() ? nullptr : &fields[found->second];
 }
 
+bool NeedsAnotherTreatment(const MiningField& field, const MiningField* outer) {
+  const bool neverMissing = outer != nullptr && outer->missingReplacement && !outer->missingReturnsInvalid;
+  const bool neverInvalid = outer != nullptr && outer->invalidTreatment != InvalidTreatment::kAsIs;
+  const bool sameOutliers = outer != nullptr && field.outliers == outer->outliers &&
+                            field.lowValue == outer->lowValue && field.highValue == outer->highValue;
+  const bool treatsMissing = field.missingReplacement || field.missingReturnsInvalid;
+  const bool treatsInvalid =
+      field.invalidTreatment == InvalidTreatment::kAsMissing || field.invalidTreatment == InvalidTreatment::kAsValue;
+  const bool treatsOutliers = field.outliers != OutlierTreatment::kAsIs;
+  return (treatsMissing && !neverMissing) || (treatsInvalid && !neverInvalid) || (treatsOutliers && !sameOutliers);
+}
+
 MiningSchema ReadMiningSchema(const Element& element) {
   RefuseUnknownChildren(element, {"MiningField"});
   MiningSchema schema;

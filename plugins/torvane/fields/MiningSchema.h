@@ -43,6 +43,10 @@ struct MiningSchema {
   NameMap<std::size_t> positions;  // of the names in `fields`
 };
 
+/// Whether a model inside an ensemble must treat a field once more, whose values have been through the ensemble's
+/// schema: `outer` is the field there, null if it isn't listed.
+[[nodiscard]] bool NeedsAnotherTreatment(const MiningField& field, const MiningField* outer);
+
 /// Throws for a duplicate field, an unknown word, a treatment that lacks its value.
 [[nodiscard]] MiningSchema ReadMiningSchema(const Element& element);
 

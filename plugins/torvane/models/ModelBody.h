@@ -17,6 +17,7 @@ enum class Feature : std::uint8_t {
   kProbability,
   kConfidence,
   kAllProbabilities,  ///< a composite value with a member per category
+  kAllPredictions,    ///< a composite value with a member per segment of an ensemble
   kResidual,
   kEntityId,    ///< of the entity that decided, or of one further down the ranking
   kAffinity,    ///< the distance or similarity of an entity
@@ -56,6 +57,11 @@ class ModelBody {
   [[nodiscard]] virtual std::uint32_t EntityCount() const noexcept { return 0; }
   /// Writes the identifier of an entity, a text.
   virtual void WriteEntity(std::uint32_t entity, KelCommon_1_3::Value& value) const;
+  /// Whether the entities are the segments of an ensemble.
+  [[nodiscard]] virtual bool IsEnsemble() const noexcept { return false; }
+  /// Whether each segment of the ensemble gives a result of its own. The ranking then holds the segments that took
+  /// part, with the number or the category of each in the place of the affinity.
+  [[nodiscard]] virtual bool GivesAllPredictions() const noexcept { return false; }
   /// The output keys that tell what is special to the kind.
   [[nodiscard]] virtual std::span<const KindOutput> KindOutputs() const noexcept { return {}; }
 };

@@ -1,5 +1,6 @@
 #include "plugins/torvane/models/ModelRegistry.h"
 
+#include "plugins/torvane/models/MiningModel.h"
 #include "plugins/torvane/models/RegressionModel.h"
 #include "plugins/torvane/models/TreeModel.h"
 
@@ -8,9 +9,11 @@ namespace {
 
 constexpr MiningFunction kNumber = MiningFunction::kRegression;
 constexpr MiningFunction kCategory = MiningFunction::kClassification;
+constexpr MiningFunction kCluster = MiningFunction::kClustering;
 
 // All model kinds. A new one adds its line here.
 const ModelKind kKinds[] = {
+    {"MiningModel", MiningModel::Build, {kNumber, kCategory, kCluster}},
     {"RegressionModel", RegressionModel::Build, {kNumber, kCategory}},
     {"TreeModel", TreeModel::Build, {kNumber, kCategory}},
 };
@@ -22,6 +25,12 @@ const ModelKind* FindKind(std::string_view elementName) noexcept {
     if (kind.elementName == elementName) return &kind;
   }
   return nullptr;
+}
+
+const ModelKind* FindMemberKind(std::string_view elementName) noexcept {
+  if (elementName == "Regression") return FindKind("RegressionModel");
+  if (elementName == "DecisionTree") return FindKind("TreeModel");
+  return FindKind(elementName);
 }
 
 }  // namespace Torvane

@@ -28,5 +28,7 @@ struct ModelKind {
 
 /// The kind of an element name; null if it isn't supported.
 [[nodiscard]] const ModelKind* FindKind(std::string_view elementName) noexcept;
+/// The same for a model inside an ensemble, where "Regression" and "DecisionTree" are other names of two kinds.
+[[nodiscard]] const ModelKind* FindMemberKind(std::string_view elementName) noexcept;
 
 }  // namespace Torvane

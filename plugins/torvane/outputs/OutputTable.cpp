@@ -14,6 +14,7 @@ using KelCommon_1_3::Value;
 using KelCommon_1_3::ValueRecord;
 using KelTransformNS::Cell;
 using KelTransformNS::DataType;
+using KelTransformNS::ResolvedField;
 using KelTransformNS::TextPool;
 
 namespace {
@@ -38,7 +39,8 @@ constexpr Word<Feature> kFeatures[] = {
 };
 
 bool IsByCategory(Feature feature) {
-  return feature == Feature::kPredictedValue || feature == Feature::kPredictedDisplayValue;
+  return feature == Feature::kPredictedValue || feature == Feature::kPredictedDisplayValue ||
+         feature == Feature::kAllPredictions;
 }
 
 bool IsDistribution(const Output& output) {
@@ -92,24 +94,84 @@ Element FindExpression(const Element& outputField) {
 OutputTable::OutputTable(FieldScope& scope, const Target& target, const ModelBody& body, const Element& model)
     : fPool(scope.Pool()), fTarget(target), fBody(body) {
   AddVocabulary(scope.Pool());
-  const Element element = model.Child("Output");
-  RefuseUnknownChildren(element, {"OutputField"});
-  for (Element field = element.Child("OutputField"); field; field = field.Next("OutputField")) {
+  const Element output = model.Child("Output");
+  for (Element field = output.Child("OutputField"); field; field = field.Next("OutputField")) {
     fHasExpressions = fHasExpressions || FindExpression(field);
   }
-  for (Element field = element.Child("OutputField"); field; field = field.Next("OutputField")) {
-    ReadOutputField(scope, field);
+  ReadOutputFields(scope, output, "OutputField");
+  AddSegmentOutputs(scope);
+  Finish(scope);
+}
+
+OutputTable::OutputTable(FieldScope& scope, const Target& target, const ModelBody& body, const Element& model,
+                         const std::vector<Element>& asked)
+    : fPool(scope.Pool()), fTarget(target), fBody(body), fHasExpressions(true) {
+  ReadOutputFields(scope, model.Child("Output"), "OutputField");
+  if (IsComposed(model)) ReadOutputFields(scope, model, "ResultField");
+  for (const Element& element : asked) ReadAsked(scope, element);
+  ExportAll(scope, model);
+  Finish(scope);
+}
+
+bool OutputTable::IsNeededBy(const Element& member, const FieldScope& scope, const std::vector<Element>& asked) {
+  return member.Child("Output") || member.Child("ResultField") || !scope.SegmentOutputs().empty() || !asked.empty();
+}
+
+void OutputTable::ReadOutputFields(FieldScope& scope, const Element& parent, const char* name) {
+  if (parent.Is("Output")) RefuseUnknownChildren(parent, {name});
+  for (Element field = parent.Child(name); field; field = field.Next(name)) ReadOutputField(scope, field);
+}
+
+void OutputTable::ReadAsked(FieldScope& scope, const Element& element) {
+  Output output = ReadOutput(scope, element);
+  AddToScope(scope, output);
+  const ResolvedField field{output.key.Name(), output.type, KelTransformNS::ImpliedOpType(output.type), output.slot};
+  fHidden.push_back(std::move(output));
+  ExportTo(*scope.Outer(), field, element);
+}
+
+// What the segments of an ensemble tell, a host may ask for, too.
+void OutputTable::AddSegmentOutputs(const FieldScope& scope) {
+  for (const ResolvedField& field : scope.SegmentOutputs()) {
+    if (!fByName.emplace(field.name, fOutputs.size()).second) continue;
+    Output& output = fOutputs.emplace_back(field.name);
+    output.feature = Feature::kExpression;
+    output.type = field.dataType;
+    output.slot = field.slot;
   }
-  fHasDistributions = std::any_of(fOutputs.begin(), fOutputs.end(), IsDistribution);
-  fHasRankings = std::any_of(fOutputs.begin(), fOutputs.end(), IsRanking);
+}
+
+void OutputTable::ExportAll(FieldScope& scope, const Element& model) {
+  AddSegmentOutputs(scope);
+  for (const Output& output : fOutputs) {
+    ExportTo(*scope.Outer(), {output.key.Name(), output.type, KelTransformNS::ImpliedOpType(output.type), output.slot},
+             model);
+  }
+}
+
+void OutputTable::ExportTo(FieldScope& ensemble, ResolvedField field, const Element& element) {
+  const std::optional<std::uint32_t> slot = ensemble.AddSegmentOutput(field);
+  if (!slot) throw element.Error("has an output " + Quoted(field.name) + " of another type than another segment's");
+  fExports.push_back({field.slot, *slot});
+}
+
+void OutputTable::Finish(FieldScope& scope) {
+  fHasDistributions = std::any_of(fOutputs.begin(), fOutputs.end(), IsDistribution) ||
+                      std::any_of(fHidden.begin(), fHidden.end(), IsDistribution);
+  fHasRankings = std::any_of(fOutputs.begin(), fOutputs.end(), IsRanking) ||
+                 std::any_of(fHidden.begin(), fHidden.end(), IsRanking);
   fProgram = scope.Compiler().Finish();
   ValueRecord members;
   FillNames(members);
   fMemberLayout = members.Layout();
+  if (!fBody.GivesAllPredictions()) return;
+  ValueRecord segments;
+  FillSegmentNames(segments);
+  fSegmentLayout = segments.Layout();
 }
 
 void OutputTable::AddVocabulary(TextPool& pool) {
-  AddOutput(pool, Feature::kPredictedValue, Const::kOutputPrediction);
+  AddOutput(pool, PredictedFeature(), Const::kOutputPrediction);
   if (!fTarget.IsNumeric() && fBody.GivesProbabilities()) {
     AddOutput(pool, Feature::kProbability, Const::kOutputProbability);
     AddOutput(pool, Feature::kAllProbabilities, Const::kOutputProbCategory);
@@ -127,9 +189,31 @@ void OutputTable::AddOutput(TextPool& pool, Feature feature, const char* name) {
 }
 
 void OutputTable::ReadOutputField(FieldScope& scope, const Element& element) {
+  Output output = element.Attribute("segmentId") ? ReadFromSegment(scope, element) : ReadOutput(scope, element);
+  AddToScope(scope, output);
+  Place(std::move(output), element);
+}
+
+// The segment leaves its result in a field of the ensemble, under the name of the output. Of a segment that isn't there
+// it is missing.
+Output OutputTable::ReadFromSegment(const FieldScope& scope, const Element& element) const {
+  if (!fBody.IsEnsemble()) throw element.AttributeError("segmentId", "needs segments");
   Output output{std::string(element.Required("name"))};
   output.isDeclared = true;
-  ReadFeature(element, output);
+  if (const ResolvedField* field = scope.FindSegmentOutput(output.key.Name())) {
+    output.feature = Feature::kExpression;
+    output.type = field->dataType;
+    output.slot = field->slot;
+  } else if (FindEntity(element.Required("segmentId"))) {
+    throw element.AttributeError("segmentId", "stands behind its segment");
+  }
+  return output;
+}
+
+Output OutputTable::ReadOutput(FieldScope& scope, const Element& element) {
+  Output output{std::string(element.Required("name"))};
+  output.isDeclared = true;
+  ReadFeature(scope, element, output);
   CheckAttributes(element);
   if (output.feature == Feature::kExpression) {
     ReadExpression(scope, element, output);
@@ -140,14 +224,23 @@ void OutputTable::ReadOutputField(FieldScope& scope, const Element& element) {
     if (output.feature == Feature::kResidual) ReadResidual(scope, element, output);
     ChooseType(scope.Pool(), ReadDataType(element), output);
   }
-  AddToScope(scope, output);
-  Place(std::move(output), element);
+  return output;
+}
+
+Feature OutputTable::PredictedFeature() const noexcept {
+  return fBody.GivesAllPredictions() ? Feature::kAllPredictions : Feature::kPredictedValue;
 }
 
 // Without a feature it is the predicted value, or the expression if there is one.
-void OutputTable::ReadFeature(const Element& element, Output& output) {
+void OutputTable::ReadFeature(const FieldScope& scope, const Element& element, Output& output) {
   const Feature absent = FindExpression(element) ? Feature::kExpression : Feature::kPredictedValue;
   output.feature = ReadWord(element, "feature", kFeatures, absent);
+  if (fBody.GivesAllPredictions() && output.feature != Feature::kExpression) {
+    if (output.feature != Feature::kPredictedValue || scope.Outer() != nullptr) {
+      throw element.AttributeError("feature", "isn't known to a model whose segments all give a result");
+    }
+    output.feature = Feature::kAllPredictions;
+  }
   if (output.feature == Feature::kProbability && fTarget.IsNumeric()) {
     throw element.AttributeError("feature", "needs a classification");
   }
@@ -161,7 +254,6 @@ void OutputTable::ReadFeature(const Element& element, Output& output) {
 }
 
 void OutputTable::CheckAttributes(const Element& element) const {
-  if (element.Attribute("segmentId")) throw element.AttributeError("segmentId", "needs segments");
   const auto target = element.Attribute("targetField");
   if (target && !fTarget.Name().empty() && *target != fTarget.Name()) {
     throw element.AttributeError("targetField", "isn't the target of the model");
@@ -171,10 +263,18 @@ void OutputTable::CheckAttributes(const Element& element) const {
 
 void OutputTable::ReadExpression(FieldScope& scope, const Element& element, Output& output) {
   const Element expression = FindExpression(element);
-  if (!expression) throw element.Error("has no expression");
+  if (!expression) return ReadNamedOutput(element, output);
   const KelTransformNS::ResolvedField field = scope.Compiler().CompileExpression(expression, ReadDataType(element));
   output.slot = field.slot;
   output.type = field.dataType;
+}
+
+// An ensemble may ask a segment for one of its outputs, by its name.
+void OutputTable::ReadNamedOutput(const Element& element, Output& output) const {
+  const auto found = fByName.find(element.Attribute("value").value_or(""));
+  if (!element.Attribute("segmentId") || found == fByName.end()) throw element.Error("has no expression");
+  output.slot = fOutputs[found->second].slot;
+  output.type = fOutputs[found->second].type;
 }
 
 void OutputTable::ReadCategory(const Element& element, Output& output) const {
@@ -200,14 +300,21 @@ void OutputTable::ReadEntity(const Element& element, Output& output) const {
   output.rank = static_cast<std::uint32_t>(rank);
   const std::optional<std::string_view> value = element.Attribute("value");
   if (!value || output.feature != Feature::kAffinity) return;
+  const std::optional<std::uint32_t> entity = FindEntity(*value);
+  if (entity) {
+    output.entity = *entity;
+  } else {
+    output.feature = Feature::kNothing;  // an entity that the model doesn't know has no affinity
+  }
+}
+
+std::optional<std::uint32_t> OutputTable::FindEntity(std::string_view wanted) const {
   Value id;
   for (std::uint32_t entity = 0; entity < fBody.EntityCount(); ++entity) {
     fBody.WriteEntity(entity, id);
-    if (id.GetString() != *value) continue;
-    output.entity = entity;
-    return;
+    if (id.GetString() == wanted) return entity;
   }
-  output.feature = Feature::kNothing;  // an entity that the model doesn't know has no affinity
+  return std::nullopt;
 }
 
 bool OutputTable::GivesConfidences() const noexcept { return !fTarget.IsNumeric() && fBody.GivesConfidences(); }
@@ -227,7 +334,7 @@ void OutputTable::ChooseType(TextPool& pool, std::optional<DataType> type, Outpu
   if (!IsByCategory(output.feature)) return;
   if (fTarget.IsNumeric()) {
     if (isDisplay) output.type = type.value_or(DataType::kString);
-    output.isPlainNumber = output.type == DataType::kDouble;
+    output.isPlainNumber = output.type == DataType::kDouble && output.feature == Feature::kPredictedValue;
     return;
   }
   output.type = type.value_or(isDisplay ? DataType::kString : fTarget.Type());
@@ -289,6 +396,18 @@ void OutputTable::RunExpressions(KelTransformNS::Frame frame, const Prediction& 
   PutIntoFrame(fOutputs, frame, prediction);
   PutIntoFrame(fHidden, frame, prediction);
   fProgram.Run(frame);
+}
+
+void OutputTable::SetWants(Prediction& prediction) const noexcept {
+  prediction.wantsDistribution = prediction.wantsDistribution || fHasDistributions;
+  prediction.wantsRanking = prediction.wantsRanking || fHasRankings;
+}
+
+// An invalid result is one of the whole ensemble, so that nobody reads the fields.
+void OutputTable::PutIntoEnsemble(KelTransformNS::Frame frame, const Prediction& prediction) const {
+  if (prediction.outcome == Outcome::kInvalid) return;
+  RunExpressions(frame, prediction);
+  for (const Export& field : fExports) frame[field.to] = frame[field.from];
 }
 
 void OutputTable::PutIntoFrame(const std::vector<Output>& outputs, KelTransformNS::Frame frame,
@@ -375,6 +494,7 @@ void OutputTable::Write(const Output& output, const Cell* frame, const Predictio
     return;
   }
   if (output.feature == Feature::kAllProbabilities) return WriteProbabilities(prediction, value);
+  if (output.feature == Feature::kAllPredictions) return WritePredictions(output, prediction, value);
   if (output.feature == Feature::kEntityId && output.type == DataType::kString) {
     const bool hasValue = prediction.outcome == Outcome::kValue;
     const std::uint32_t entity = hasValue ? EntityOf(output, prediction) : Prediction::kNone;
@@ -403,10 +523,36 @@ void OutputTable::WriteProbabilities(const Prediction& prediction, Value& value)
   for (int i = 0; i < count; ++i) members[i] = prediction.probabilities[i];
 }
 
+// A member for each segment, null for one that gave no result. The ranking holds a category or a number for the others.
+void OutputTable::WritePredictions(const Output& output, const Prediction& prediction, Value& value) const {
+  ValueRecord& members = value.MakeMembers();
+  if (members.Layout() != fSegmentLayout) {
+    members.Clear();
+    FillSegmentNames(members);
+  }
+  members.SetAllNull();
+  if (prediction.outcome != Outcome::kValue) return;
+  for (std::uint32_t i = 0; i < prediction.rankingCount; ++i) {
+    const RankedEntity& part = prediction.ranking[i];
+    const Cell cell = output.byCategory == nullptr ? Converted(part.affinity, output.type)
+                                                   : (*output.byCategory)[static_cast<std::size_t>(part.affinity)];
+    KelTransformNS::WriteCell(cell, output.type, members[static_cast<int>(part.entity)]);
+  }
+}
+
+void OutputTable::FillSegmentNames(ValueRecord& members) const {
+  Value id;
+  for (std::uint32_t segment = 0; segment < fBody.EntityCount(); ++segment) {
+    fBody.WriteEntity(segment, id);
+    members.Add(id.GetString(), Value::NULL_VALUE);
+  }
+}
+
 void OutputTable::Announce(ValueRecord& record) const {
   for (const Output& output : fOutputs) {
     const int position = record.Add(output.key, Value::NULL_VALUE);
     if (output.feature == Feature::kAllProbabilities) FillNames(record[position].MakeMembers());
+    if (output.feature == Feature::kAllPredictions) FillSegmentNames(record[position].MakeMembers());
   }
 }
 

@@ -33,8 +33,10 @@ struct Output {
   std::uint32_t slot = Prediction::kNone;  ///< where expressions find it, or where an expression leaves it
 };
 
-/// All outputs of a model: those of the vocabulary that the model can give, then the document's "OutputField"s.
-/// Immutable once made.
+/// All outputs of a model: those of the vocabulary that the model can give, then the document's "OutputField"s, then
+/// those of the segments of an ensemble whose names are free. Immutable once made.
+///
+/// The table of a member of an ensemble has no vocabulary. Its outputs become fields of the ensemble.
 ///
 /// Where a field of the document has the name of the vocabulary, the field serves, but for "prediction" and
 /// "probability", which the library reads itself.
@@ -43,6 +45,12 @@ class OutputTable {
   /// Reads the "Output" of `model`. Its expressions are compiled with the scope's compiler. Throws `PmmlError` for a
   /// feature that the model kind doesn't have.
   OutputTable(FieldScope& scope, const Target& target, const ModelBody& body, const Element& model);
+  /// Of a member: `asked` are output fields of the ensemble that ask for its results.
+  OutputTable(FieldScope& scope, const Target& target, const ModelBody& body, const Element& model,
+              const std::vector<Element>& asked);
+  /// Whether a member has any outputs.
+  [[nodiscard]] static bool IsNeededBy(const Element& member, const FieldScope& scope,
+                                       const std::vector<Element>& asked);
 
   [[nodiscard]] const std::vector<Output>& All() const noexcept { return fOutputs; }
   /// Whether an output reads probabilities or confidences, itself or by what its expression may refer to.
@@ -55,17 +63,38 @@ class OutputTable {
 
   /// Puts the outputs into the frame that expressions may refer to, and evaluates the expressions.
   void RunExpressions(KelTransformNS::Frame frame, const Prediction& prediction) const;
+  /// Marks in the prediction of a member what its outputs read.
+  void SetWants(Prediction& prediction) const noexcept;
+  /// Puts a member's outputs into the fields of its ensemble.
+  void PutIntoEnsemble(KelTransformNS::Frame frame, const Prediction& prediction) const;
   /// Writes one output; null if the prediction has no result for it. `frame` has been through `RunExpressions` if the
   /// output is an expression.
   void Write(const Output& output, const KelTransformNS::Cell* frame, const Prediction& prediction,
              KelCommon_1_3::Value& value) const;
 
  private:
+  // A field that an output is put into, for the ensemble.
+  struct Export {
+    std::uint32_t from;
+    std::uint32_t to;
+  };
+
+  void ReadOutputFields(FieldScope& scope, const Element& parent, const char* name);
+  void ReadAsked(FieldScope& scope, const Element& element);
+  void AddSegmentOutputs(const FieldScope& scope);
+  void ExportAll(FieldScope& scope, const Element& model);
+  void ExportTo(FieldScope& ensemble, KelTransformNS::ResolvedField field, const Element& element);
+  void Finish(FieldScope& scope);
   void AddVocabulary(KelTransformNS::TextPool& pool);
   void AddOutput(KelTransformNS::TextPool& pool, Feature feature, const char* name);
   void ReadOutputField(FieldScope& scope, const Element& element);
-  void ReadFeature(const Element& element, Output& output);
+  Output ReadOutput(FieldScope& scope, const Element& element);
+  [[nodiscard]] Output ReadFromSegment(const FieldScope& scope, const Element& element) const;
+  void ReadFeature(const FieldScope& scope, const Element& element, Output& output);
   void ReadExpression(FieldScope& scope, const Element& element, Output& output);
+  void ReadNamedOutput(const Element& element, Output& output) const;
+  [[nodiscard]] std::optional<std::uint32_t> FindEntity(std::string_view wanted) const;
+  [[nodiscard]] Feature PredictedFeature() const noexcept;
   void ReadCategory(const Element& element, Output& output) const;
   void ReadEntity(const Element& element, Output& output) const;
   void ReadResidual(FieldScope& scope, const Element& element, Output& output);
@@ -87,6 +116,8 @@ class OutputTable {
   void PutIntoFrame(const std::vector<Output>& outputs, KelTransformNS::Frame frame,
                     const Prediction& prediction) const;
   void WriteProbabilities(const Prediction& prediction, KelCommon_1_3::Value& value) const;
+  void WritePredictions(const Output& output, const Prediction& prediction, KelCommon_1_3::Value& value) const;
+  void FillSegmentNames(KelCommon_1_3::ValueRecord& members) const;
   void FillNames(KelCommon_1_3::ValueRecord& members) const;
 
   const KelTransformNS::TextPool& fPool;
@@ -97,13 +128,15 @@ class OutputTable {
   std::vector<Output> fOutputs;
   std::vector<Output> fHidden;  // fields of the document whose names the vocabulary keeps; expressions still see them
   NameMap<std::size_t> fByName;
-  bool fHasExpressions = false;
+  std::vector<Export> fExports;  // of a member of an ensemble
+  bool fHasExpressions = false;  // the outputs have slots
   bool fHasDistributions = false;
   bool fHasRankings = false;
   std::uint32_t fTargetSlot = Prediction::kNone;  // of the true target value, for residuals
   std::vector<KelTransformNS::Cell> fEntities;    // the identifiers, where expressions may refer to them
   KelTransformNS::Program fProgram;
-  KelCommon_1_3::RecordLayout fMemberLayout = 0;  // of "probcategory"
+  KelCommon_1_3::RecordLayout fMemberLayout = 0;   // of "probcategory"
+  KelCommon_1_3::RecordLayout fSegmentLayout = 0;  // of the predictions of all segments
 };
 
 }  // namespace Torvane

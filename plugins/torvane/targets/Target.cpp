@@ -17,22 +17,25 @@ Target::Target(FieldScope& scope, const Element& model, MiningFunction function,
       fType(function == MiningFunction::kRegression ? DataType::kDouble : DataType::kString),
       fOpType(KelTransformNS::ImpliedOpType(fType)) {
   if (function == MiningFunction::kClustering) return;  // its result is of no field
-  ChooseField(scope.Schema(), model, fieldHint);
+  ChooseField(scope, model, fieldHint);
   ReadDeclaration(scope);
   ReadTargets(scope.Schema(), model.Child("Targets"));
 }
 
-// One target is the rule; it may be left out of the schema.
-void Target::ChooseField(const MiningSchema& schema, const Element& model, std::string_view fieldHint) {
+// One target is the rule; it may be left out of the schema. A chain of models lists the targets of all its models; its
+// own is the only one that suits what it predicts.
+void Target::ChooseField(const FieldScope& scope, const Element& model, std::string_view fieldHint) {
   std::vector<const MiningField*> targets;
-  for (const MiningField& field : schema.fields) {
+  for (const MiningField& field : scope.Schema().fields) {
     if (field.usage == FieldUsage::kTarget) targets.push_back(&field);
   }
   if (targets.size() > 1) {
-    const auto hinted =
-        std::find_if(targets.begin(), targets.end(), [&](const auto* field) { return field->name == fieldHint; });
-    if (hinted == targets.end()) throw targets[1]->element.Error("is a second target; a model predicts one");
-    targets = {*hinted};
+    const auto isHinted = [&](const auto* field) { return field->name == fieldHint; };
+    const bool hasHinted = std::any_of(targets.begin(), targets.end(), isHinted);
+    const MiningField* const second = targets[1];
+    const bool chooses = hasHinted || model.Is("MiningModel");
+    std::erase_if(targets, [&](const auto* field) { return hasHinted ? !isHinted(field) : !Suits(scope, *field); });
+    if (!chooses || targets.size() != 1) throw second->element.Error("is a second target; a model predicts one");
   }
   if (!targets.empty()) {
     fName = targets[0]->name;
@@ -40,6 +43,12 @@ void Target::ChooseField(const MiningSchema& schema, const Element& model, std::
   }
   const Element target = model.Child("Targets").Child("Target");
   if (target && target.Attribute("field")) fName = target.Required("field");
+}
+
+bool Target::Suits(const FieldScope& scope, const MiningField& field) const {
+  const FieldDeclaration* const declaration = scope.GetDocument().dictionary.Find(field.name);
+  if (declaration == nullptr) return false;
+  return (field.opType.value_or(declaration->opType) == OpType::kContinuous) == IsNumeric();
 }
 
 void Target::ReadDeclaration(const FieldScope& scope) {

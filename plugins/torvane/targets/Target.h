@@ -60,7 +60,8 @@ class Target {
  private:
   enum class CastInteger { kNone, kRound, kCeiling, kFloor };
 
-  void ChooseField(const MiningSchema& schema, const Element& model, std::string_view fieldHint);
+  void ChooseField(const FieldScope& scope, const Element& model, std::string_view fieldHint);
+  [[nodiscard]] bool Suits(const FieldScope& scope, const MiningField& field) const;
   void ReadDeclaration(const FieldScope& scope);
   void ReadTargets(const MiningSchema& schema, const Element& targets);
   void ReadTarget(const Element& target);

@@ -106,7 +106,7 @@ TEST(StreamEntry, OtherKindOfModel_IsRefusedEvenIfATreeStandsInIt) {
   EXPECT_NE(KelDiagnostics::Last().find("isn't its model"), std::string::npos);
   auto ensemble = Settings("MiningModel");
   EXPECT_EQ(FromDom(text, "MiningModel", ensemble), nullptr);
-  EXPECT_NE(KelDiagnostics::Last().find("<MiningModel> is not supported"), std::string::npos);
+  EXPECT_NE(KelDiagnostics::Last().find("multipleModelMethod"), std::string::npos);
   auto nothing = Settings("");
   EXPECT_EQ(FromDom(text, "TreeModel", nothing), nullptr);
 }

@@ -74,11 +74,11 @@ TEST_F(FullRun, DerivedFieldsOfTheLibrary_ReachTheModel) {
 
 TEST_F(FullRun, RefusedEnsemble_IsNotScoredByItsFirstTree) {
   EXPECT_EQ(Create(R"(<PMML version="4.0"><DataDictionary/><MiningModel functionName="classification">
-      <MiningSchema/><Segmentation multipleModelMethod="majorityVote"><Segment><True/><TreeModel
+      <MiningSchema/><Segmentation multipleModelMethod="sum"><Segment><True/><TreeModel
       functionName="classification"><MiningSchema/><Node score="yes"><True/></Node></TreeModel></Segment></Segmentation>
       </MiningModel></PMML>)"),
             nullptr);
-  EXPECT_NE(KelCommon_1_3::KelDiagnostics::Last().find("<MiningModel>"), std::string::npos);
+  EXPECT_NE(KelCommon_1_3::KelDiagnostics::Last().find("multipleModelMethod=\"sum\""), std::string::npos);
 }
 
 // One model, threads with records of different layouts: each gets what a single thread gets.
