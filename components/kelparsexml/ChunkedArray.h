@@ -7,7 +7,7 @@
 namespace KelXML_1_3 {
 
 /// An array that grows at its end without moving what it holds: growth costs no copy, and never two generations at a
-/// time. For plain records.
+/// time. What is cut off leaves its memory to what comes next. For plain records.
 template <class T>
 class ChunkedArray {
  public:
@@ -17,11 +17,12 @@ class ChunkedArray {
 
   T& Append(const T& record) {
     if (fSize == fChunks.size() * kChunk) fChunks.push_back(std::make_unique_for_overwrite<T[]>(kChunk));
-    T& place = fChunks.back()[fSize % kChunk];
+    T& place = (*this)[fSize++];
     place = record;
-    ++fSize;
     return place;
   }
+
+  void Truncate(std::size_t size) noexcept { fSize = size; }
 
  private:
   // About 10 KiB: small enough for small documents.

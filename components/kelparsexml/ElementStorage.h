@@ -35,6 +35,20 @@ struct ElementTree::Storage {
   [[nodiscard]] std::size_t AttributesEnd(std::size_t element) const noexcept {
     return element + 1 < elements.size() ? elements[element + 1].firstAttribute : attributes.size();
   }
+
+  /// How far the storage is filled.
+  struct Mark {
+    std::size_t elements = 0;
+    std::size_t attributes = 0;
+    TextArena::Mark texts{};
+  };
+  [[nodiscard]] Mark End() const noexcept { return {elements.size(), attributes.size(), texts.End()}; }
+  /// Drops what was added since `End` gave the mark, but for the names.
+  void Truncate(const Mark& mark) {
+    elements.Truncate(mark.elements);
+    attributes.Truncate(mark.attributes);
+    texts.Truncate(mark.texts);
+  }
 };
 
 }  // namespace KelXML_1_3

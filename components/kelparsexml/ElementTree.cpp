@@ -1,12 +1,10 @@
 #include "components/kelparsexml/ElementTree.h"
 
-#include <utility>
-
 #include "components/kelparsexml/ElementStorage.h"
 
 namespace KelXML_1_3 {
 
-ElementTree::ElementTree(std::unique_ptr<Storage> storage) : fStorage(std::move(storage)) {}
+ElementTree::ElementTree() : fStorage(std::make_unique<Storage>()) {}
 ElementTree::~ElementTree() = default;
 
 Element ElementTree::Root() const noexcept { return {this, 0}; }

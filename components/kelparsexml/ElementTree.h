@@ -26,6 +26,8 @@ class KEL_EXPORT Element {
   Element() = default;
 
   explicit operator bool() const noexcept { return fTree != nullptr; }
+  /// Whether both are the same element of the same tree.
+  friend bool operator==(const Element&, const Element&) = default;
 
   /// The element's local name, without a prefix.
   [[nodiscard]] std::string_view Name() const noexcept;
@@ -71,6 +73,7 @@ class KEL_EXPORT Element {
 
  private:
   friend class ElementTree;
+  friend class ElementTreeBuilder;
   Element(const ElementTree* tree, std::uint32_t index) noexcept : fTree(tree), fIndex(index) {}
 
   const ElementTree* fTree = nullptr;
@@ -104,7 +107,7 @@ class KEL_EXPORT ElementTree {
   friend class Element;
   friend class ElementTreeBuilder;
   struct Storage;
-  explicit ElementTree(std::unique_ptr<Storage> storage);
+  ElementTree();
 
   std::unique_ptr<Storage> fStorage;
 };

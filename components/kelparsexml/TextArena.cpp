@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <limits>
+#include <utility>
 
 #include "components/kelparsexml/PmmlError.h"
 #include "components/kelparsexml/Utf8.h"
@@ -28,8 +29,7 @@ TextArena::Ref NameOf(std::size_t chunk, std::size_t offset) {
 
 TextArena::TextArena() {
   AddChunk(kFirstChunkBytes);
-  fSize = kFirstChunkBytes;
-  fChunks[0][0] = 0;
+  fChunks[0].bytes[0] = 0;
   fFilled = 1;
 }
 
@@ -63,7 +63,7 @@ TextArena::Ref TextArena::Add(std::string_view utf8) {
 }
 
 std::string_view TextArena::Get(Ref ref) const noexcept {
-  const char* const at = fChunks[ref >> kOffsetBits].get() + (ref & (kChunkBytes - 1));
+  const char* const at = fChunks[ref >> kOffsetBits].bytes.get() + (ref & (kChunkBytes - 1));
   const auto first = static_cast<unsigned char>(*at);
   if (first != kLongMark) return {at + 1, first};
   std::uint32_t size = 0;
@@ -72,12 +72,11 @@ std::string_view TextArena::Get(Ref ref) const noexcept {
 }
 
 TextArena::Place TextArena::Reserve(std::size_t bytes) {
-  if (fFilled + bytes > fSize) {
+  if (fFilled + bytes > fChunks[fOpen].size) {
     fOpen = AddChunk(kChunkBytes);
-    fSize = kChunkBytes;
     fFilled = 0;
   }
-  return {fChunks[fOpen].get() + fFilled, NameOf(fOpen, fFilled)};
+  return {fChunks[fOpen].bytes.get() + fFilled, NameOf(fOpen, fFilled)};
 }
 
 // Writes the length; the place is the one of the text behind it.
@@ -87,7 +86,7 @@ TextArena::Place TextArena::ReserveLong(std::size_t size) {
   Place place{};
   if (bytes > kMaxShared) {
     const std::size_t chunk = AddChunk(bytes);
-    place = {fChunks[chunk].get(), NameOf(chunk, 0)};
+    place = {fChunks[chunk].bytes.get(), NameOf(chunk, 0)};
   } else {
     place = Reserve(bytes);
     fFilled += bytes;
@@ -100,8 +99,23 @@ TextArena::Place TextArena::ReserveLong(std::size_t size) {
 
 std::size_t TextArena::AddChunk(std::size_t bytes) {
   if (fChunks.size() == kMaxChunks) throw PmmlError("the document's texts are too large to be held");
-  fChunks.push_back(std::make_unique_for_overwrite<char[]>(bytes));
+  if (bytes == kChunkBytes && !fSpare.empty()) {
+    fChunks.push_back(std::move(fSpare.back()));
+    fSpare.pop_back();
+  } else {
+    fChunks.push_back({std::make_unique_for_overwrite<char[]>(bytes), bytes});
+  }
   return fChunks.size() - 1;
+}
+
+// A chunk of another size held a single long text, the like of which may not come again.
+void TextArena::Truncate(const Mark& mark) {
+  while (fChunks.size() > mark.chunks) {
+    if (fChunks.back().size == kChunkBytes) fSpare.push_back(std::move(fChunks.back()));
+    fChunks.pop_back();
+  }
+  fOpen = mark.open;
+  fFilled = mark.filled;
 }
 
 }  // namespace KelXML_1_3

@@ -1,58 +1,25 @@
 #include <gtest/gtest.h>
-#include <map>
 #include <memory>
 #include <sstream>
 #include <string>
-#include <string_view>
-#include <utility>
 #include <xercesc/dom/DOMDocument.hpp>
 #include <xercesc/dom/DOMElement.hpp>
 #include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/parsers/XercesDOMParser.hpp>
 
 #include "components/kelparsexml/ElementTree.h"
-#include "tests/components/kelparsexml/SourceText.h"
+#include "tests/components/kelparsexml/TreeDump.h"
 #include "tests/support/CaseName.h"
 #include "tests/support/TreeDocument.h"
 
 namespace {
 
+using KelTest::Dump;
+using KelTest::ReadDom;
+using KelTest::ReadTree;
 using KelXML_1_3::Element;
 using KelXML_1_3::ElementTree;
 using KelXML_1_3::PmmlError;
-
-std::unique_ptr<ElementTree> Read(const std::string& document, std::string_view modelName = {}) {
-  std::istringstream stream(document);
-  return ElementTree::Read(stream, modelName);
-}
-
-std::unique_ptr<ElementTree> ReadDom(const std::string& document, std::string_view modelName = {}) {
-  xercesc::XercesDOMParser parser;
-  parser.parse(xercesc::MemBufInputSource(reinterpret_cast<const XMLByte*>(document.data()), document.size(), "x"));
-  return ElementTree::FromDom(*parser.getDocument()->getDocumentElement(), modelName);
-}
-
-// Every element as name(attribute=value ...)'text'{children}, attributes in the order of their names: a DOM knows no
-// other.
-void Dump(const Element& element, std::ostream& dump) {
-  dump << element.Name();
-  std::map<std::string_view, std::string_view> attributes;
-  for (int i = 0; i < element.AttributeCount(); ++i) attributes[element.AttributeName(i)] = element.AttributeValue(i);
-  const char* before = "(";
-  for (const auto& [name, value] : attributes) dump << std::exchange(before, " ") << name << "=" << value;
-  if (!attributes.empty()) dump << ")";
-  if (!element.Text().empty()) dump << "'" << element.Text() << "'";
-  if (!element.FirstChild()) return;
-  dump << "{";
-  for (Element child = element.FirstChild(); child; child = child.NextSibling()) Dump(child, dump);
-  dump << "}";
-}
-
-std::string Dump(const Element& element) {
-  std::ostringstream dump;
-  Dump(element, dump);
-  return dump.str();
-}
 
 struct ContentCase {
   const char* name;
@@ -63,7 +30,7 @@ struct ContentCase {
 class ElementTreeContentTest : public testing::TestWithParam<ContentCase> {};
 
 TEST_P(ElementTreeContentTest, FromStreamAndFromDom_SameTree) {
-  EXPECT_EQ(Dump(Read(GetParam().document)->Root()), GetParam().expected);
+  EXPECT_EQ(Dump(ReadTree(GetParam().document)->Root()), GetParam().expected);
   EXPECT_EQ(Dump(ReadDom(GetParam().document)->Root()), GetParam().expected);
 }
 
@@ -100,7 +67,7 @@ TEST(ElementTreeTest, TextsOfAnyLength_AreKept) {
     const std::string text(length, 'x');
     document += "<b v='" + text + "' w='" + text + kHan + "'>" + kClef + text + "</b>";
   }
-  const auto tree = Read(document + "</a>");
+  const auto tree = ReadTree(document + "</a>");
   int seen = 0;
   for (Element b = tree->Root().FirstChild(); b; b = b.NextSibling(), ++seen) {
     const std::string value(b.AttributeValue(0));
@@ -117,7 +84,7 @@ TEST(ElementTreeTest, LongTextOutsideTheBasicPlane_IsKept) {
   for (const char* offset : {"", "x"}) {
     std::string text = offset;
     for (int i = 0; i < 1'200'000; ++i) text += kClef;
-    const auto tree = Read("<a>" + text + "</a>");
+    const auto tree = ReadTree("<a>" + text + "</a>");
     EXPECT_TRUE(tree->Root().Text() == text) << "offset \"" << offset << '"';
   }
 }
@@ -128,7 +95,7 @@ TEST(ElementTreeTest, ManyElementsAndNames_AreKept) {
     const std::string n = std::to_string(i);
     document += "<e" + n + " a" + n + "='" + n + "'><c/></e" + n + ">\n";
   }
-  const auto tree = Read(document + "</r>");
+  const auto tree = ReadTree(document + "</r>");
   Element element = tree->Root().FirstChild();
   for (int i = 0; i < 3'000; ++i, element = element.NextSibling()) {
     const std::string n = std::to_string(i);
@@ -139,7 +106,7 @@ TEST(ElementTreeTest, ManyElementsAndNames_AreKept) {
 }
 
 TEST(ElementTreeTest, Navigation_FindsByName) {
-  const auto tree = Read("<a>\n<b i='1'/><c/>\n\n<b\n i='2'/><b i='3'/></a>");
+  const auto tree = ReadTree("<a>\n<b i='1'/><c/>\n\n<b\n i='2'/><b i='3'/></a>");
   const Element root = tree->Root();
   EXPECT_EQ(root.Line(), 1);
   EXPECT_EQ(root.Child("b").Attribute("i"), "1");
@@ -177,13 +144,13 @@ TEST(ElementTreeTest, ModelName_OtherModelsAreBare) {
   const std::string expected =
       "PMML(version=4.2){Header(x=1){TreeModel(y=1)}DataDictionary{DataField}TransformationDictionary{b}"
       "MiningModelTreeModel(a=2)'text'{Node{TreeModel(a=3)}}TreeModelExtension(e=1){f}}";
-  EXPECT_EQ(Dump(Read(document, "TreeModel")->Root()), expected);
+  EXPECT_EQ(Dump(ReadTree(document, "TreeModel")->Root()), expected);
   EXPECT_EQ(Dump(ReadDom(document, "TreeModel")->Root()), expected);
 }
 
 TEST(ElementTreeTest, LargeDocument_DomGivesSameTree) {
   const std::string document = KelTest::TreeDocument(300'000).Text();
-  EXPECT_TRUE(Dump(Read(document)->Root()) == Dump(ReadDom(document)->Root()));
+  EXPECT_TRUE(Dump(ReadTree(document)->Root()) == Dump(ReadDom(document)->Root()));
 }
 
 TEST(ElementTreeTest, FromDomOfInnerElement_LeavesSiblings) {
@@ -200,7 +167,7 @@ TEST(ElementTreeTest, DeepDocument_ReadsWithoutRecursion) {
   std::string document;
   for (int i = 0; i < 10'000; ++i) document += "<a>";
   for (int i = 0; i < 10'000; ++i) document += "</a>";
-  for (const auto& tree : {Read(document), ReadDom(document)}) {
+  for (const auto& tree : {ReadTree(document), ReadDom(document)}) {
     int depth = 0;
     for (Element element = tree->Root(); element; element = element.FirstChild()) ++depth;
     EXPECT_EQ(depth, 10'000);
@@ -223,7 +190,7 @@ class MalformedTest : public testing::TestWithParam<MalformedCase> {};
 
 TEST_P(MalformedTest, Read_NamesLineAndColumn) {
   try {
-    Read(GetParam().document);
+    ReadTree(GetParam().document);
     FAIL() << "it was read";
   } catch (const PmmlError& error) {
     EXPECT_EQ(std::string(error.what()).substr(0, std::string(GetParam().error).size()), GetParam().error)

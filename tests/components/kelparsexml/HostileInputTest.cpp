@@ -19,15 +19,16 @@
 #include "components/kelparsexml/ElementTree.h"
 #include "scoring/common/KelXInputSource.h"
 #include "tests/components/kelparsexml/SourceText.h"
+#include "tests/components/kelparsexml/TreeDump.h"
 #include "tests/support/CaseName.h"
 #include "tests/support/PmmlText.h"
 
 namespace {
 
+using KelTest::ReadError;
 using KelTest::Widen;
 using KelXML_1_3::ElementTree;
 using KelXML_1_3::KelXInputSource;
-using KelXML_1_3::PmmlError;
 
 std::string Repeat(std::string_view text, int times) {
   std::string all;
@@ -84,16 +85,6 @@ DomOutcome ParseDom(const std::string& document) {
   parser.setEntityResolver(&watcher);
   parser.parse(KelXInputSource(stream));
   return {parser.getErrorCount(), watcher.fOpened};
-}
-
-std::string ReadError(const std::string& document) {
-  std::istringstream stream(document);
-  try {
-    ElementTree::Read(stream);
-  } catch (const PmmlError& error) {
-    return error.what();
-  }
-  return {};
 }
 
 struct HostileCase {
