@@ -5,6 +5,8 @@ namespace {
 
 // A range of bits may take as much memory as this many sorted numbers for each element.
 constexpr std::size_t kBitsPerElement = 256;
+// A table of ranks likewise as much as this many listed values.
+constexpr std::size_t kPlacesPerValue = 8;
 
 template <typename T>
 void SortUnique(std::vector<T>& items) {
@@ -33,6 +35,21 @@ void NumberSet::Seal() { SortUnique(fNumbers); }
 void ValueRanks::Seal() {
   SortUnique(fTexts);
   SortUnique(fNumbers);
+  MakeTextTable();
+}
+
+// Of a text that stands there twice the first rank counts, as in the list.
+void ValueRanks::MakeTextTable() {
+  if (fTexts.empty()) return;
+  const std::size_t range = std::size_t{1} + fTexts.back().first - fTexts.front().first;
+  if (range > kPlacesPerValue * fTexts.size()) return;
+  fFirstText = fTexts.front().first;
+  fTextTable.assign(range, kNoRank);
+  for (const auto& [id, rank] : fTexts) {
+    std::uint32_t& place = fTextTable[id - fFirstText];
+    place = std::min(place, rank);
+  }
+  fTexts = {};
 }
 
 }  // namespace Torvane

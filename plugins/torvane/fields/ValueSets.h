@@ -45,17 +45,26 @@ class NumberSet {
   std::vector<double> fNumbers;
 };
 
-/// The position of each listed value of an ordinal field, the smallest first. `Seal` after the last `Add`.
+/// The position of each value of a list, such as those of an ordinal field, the smallest first. Texts whose numbers are
+/// close to each other are looked up in a table, others by bisection. `Seal` after the last `Add`.
 class ValueRanks {
  public:
   void AddText(std::uint32_t id, std::uint32_t rank) { fTexts.emplace_back(id, rank); }
   void AddNumber(double number, std::uint32_t rank) { fNumbers.emplace_back(number, rank); }
   void Seal();
   /// Nothing for a value that isn't listed.
-  [[nodiscard]] std::optional<std::uint32_t> OfText(std::uint32_t id) const noexcept { return Find(fTexts, id); }
+  [[nodiscard]] std::optional<std::uint32_t> OfText(std::uint32_t id) const noexcept {
+    if (fTextTable.empty()) return Find(fTexts, id);
+    const std::uint32_t offset = id - fFirstText;  // wraps around for a smaller one, and is then too large
+    if (offset >= fTextTable.size() || fTextTable[offset] == kNoRank) return std::nullopt;
+    return fTextTable[offset];
+  }
   [[nodiscard]] std::optional<std::uint32_t> OfNumber(double number) const noexcept { return Find(fNumbers, number); }
 
  private:
+  static constexpr std::uint32_t kNoRank = 0xFFFFFFFFU;
+
+  void MakeTextTable();
   template <typename Key>
   static std::optional<std::uint32_t> Find(const std::vector<std::pair<Key, std::uint32_t>>& ranks, Key key) noexcept {
     const auto found = std::lower_bound(ranks.begin(), ranks.end(), std::pair<Key, std::uint32_t>(key, 0));
@@ -64,6 +73,8 @@ class ValueRanks {
   }
 
   std::vector<std::pair<std::uint32_t, std::uint32_t>> fTexts;
+  std::vector<std::uint32_t> fTextTable;  // instead of fTexts: the ranks of the texts from fFirstText on
+  std::uint32_t fFirstText = 0;
   std::vector<std::pair<double, std::uint32_t>> fNumbers;
 };
 

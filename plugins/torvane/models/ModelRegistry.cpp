@@ -1,6 +1,7 @@
 #include "plugins/torvane/models/ModelRegistry.h"
 
 #include "plugins/torvane/models/MiningModel.h"
+#include "plugins/torvane/models/NaiveBayesModel.h"
 #include "plugins/torvane/models/RegressionModel.h"
 #include "plugins/torvane/models/TreeModel.h"
 
@@ -14,6 +15,7 @@ constexpr MiningFunction kCluster = MiningFunction::kClustering;
 // All model kinds. A new one adds its line here.
 const ModelKind kKinds[] = {
     {"MiningModel", MiningModel::Build, {kNumber, kCategory, kCluster}},
+    {"NaiveBayesModel", NaiveBayesModel::Build, {kCategory}},
     {"RegressionModel", RegressionModel::Build, {kNumber, kCategory}},
     {"TreeModel", TreeModel::Build, {kNumber, kCategory}},
 };

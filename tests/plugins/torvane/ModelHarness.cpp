@@ -16,7 +16,7 @@ namespace {
 
 // The first of the known kinds behind the dictionary.
 std::string FindKind(const std::string& text) {
-  for (const char* kind : {"TreeModel", "RegressionModel", "MiningModel", "NeuralNetwork"}) {
+  for (const char* kind : {"TreeModel", "RegressionModel", "MiningModel", "NeuralNetwork", "NaiveBayesModel"}) {
     if (text.find(std::string("<") + kind) != std::string::npos) return kind;
   }
   return "";
