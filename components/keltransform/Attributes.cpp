@@ -34,6 +34,8 @@ std::size_t ReadChoice(const Element& element, std::string_view attribute, const
   throw element.AttributeError(attribute, "is none of " + list);
 }
 
+std::string_view LocalName(std::string_view name) noexcept { return name.substr(name.rfind(':') + 1); }
+
 std::string Quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
 
 }  // namespace KelTransformNS

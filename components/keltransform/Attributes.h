@@ -28,6 +28,9 @@ template <typename Enum, std::size_t kCount>
   return static_cast<Enum>(ReadChoice(element, attribute, names.data(), kCount));
 }
 
+/// A name without the prefix of its namespace, as elements are named.
+[[nodiscard]] std::string_view LocalName(std::string_view name) noexcept;
+
 /// How PMML's rules write a text into an error.
 [[nodiscard]] std::string Quoted(std::string_view text);
 

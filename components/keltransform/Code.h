@@ -10,6 +10,7 @@
 #include "components/keltransform/expressions/DiscretizeTable.h"
 #include "components/keltransform/expressions/MapValuesTable.h"
 #include "components/keltransform/expressions/NormContinuousTable.h"
+#include "components/keltransform/expressions/TextIndexTable.h"
 #include "components/keltransform/text/RegularExpression.h"
 
 namespace KelTransformNS {
@@ -22,6 +23,7 @@ enum class OpCode : std::uint8_t {
   kNormContinuous,  ///< the entry `data` of the table
   kEquals,          ///< the entry `data` of `Tables::comparisons`
   kDiscretize,      ///< the entry `data` of the table
+  kTextIndex,       ///< the entry `data` of the table
   kMapValues,       ///< the entry `data` of the table; `operandCount` operands from `Code::operands[first]` on
 
   // What surrounds a function.
@@ -84,6 +86,7 @@ struct Tables {
   NormContinuousTable normContinuous;
   DiscretizeTable discretize;
   MapValuesTable mapValues;
+  TextIndexTable textIndex;
   std::vector<std::unique_ptr<const RegularExpression>> patterns;
 };
 

@@ -158,7 +158,7 @@ CompiledValue ExpressionCompiler::Impl::Compile(const Element& expression, std::
                                                 std::size_t dictionaries) {
   const auto findField = [this, dictionaries](std::string_view name, const Element& referrer) -> CompiledValue {
     const ResolvedField* const field = Find(name, dictionaries);
-    if (field == nullptr) throw referrer.AttributeError("field", "there is no such field");
+    if (field == nullptr) throw referrer.AttributeError(FieldAttribute(referrer), "there is no such field");
     return {Operand::Slot(field->slot), field->dataType};
   };
   ExpressionContext context{code, functions, dictionaries, findField, type};

@@ -75,6 +75,8 @@ inline Cell Compute(const Operands& operands, const Operation& operation) noexce
       return tables.discretize.Evaluate(step.data, operands[0]);
     case OpCode::kMapValues:
       return tables.mapValues.Evaluate(step.data, [&](std::size_t column) -> const Cell& { return operands[column]; });
+    case OpCode::kTextIndex:
+      return tables.textIndex.Evaluate(step.data, operands[0]);
     case OpCode::kReplaceIfAnyMissing:
       return ReplaceIfAnyMissing(operands);
     case OpCode::kInvalidToMissing:

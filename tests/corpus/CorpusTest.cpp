@@ -26,8 +26,6 @@ struct Refusal {
 };
 constexpr Refusal kRefusals[] = {
     {"MiningModel/knime-ModelEnsembleIris-4.2", "NeuralNetwork"},
-    {"MiningModel/knime-RegressionEnsembleAuto-4.2", "GeneralRegressionModel"},
-    {"RegressionModel/sklearn-LinearDiscriminantAnalysisSentiment-4.4", "TextIndex"},
 };
 
 // What the reason of a refusal must name; null if the case must be scored.

@@ -187,7 +187,8 @@ class CallCompiler {
     return [within](std::string_view name, const Element& referrer) -> CompiledValue {
       const auto parameter = within->declared->parameterByName.find(name);
       if (parameter != within->declared->parameterByName.end()) return within->arguments[parameter->second].value;
-      throw referrer.AttributeError("field", "is no parameter of the function " + Quoted(within->declared->name));
+      throw referrer.AttributeError(FieldAttribute(referrer),
+                                    "is no parameter of the function " + Quoted(within->declared->name));
     };
   }
 

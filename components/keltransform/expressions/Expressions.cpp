@@ -29,7 +29,7 @@ constexpr std::array<ExpressionKind, 10> kExpressionKinds = {{
     {"MapValues", CompileMapValues},
     {"Apply", CompileApply},
     {"Aggregate", RefuseExpression},
-    {"TextIndex", RefuseExpression},
+    {"TextIndex", CompileTextIndex},
     {"Lag", RefuseExpression},
 }};
 
@@ -53,6 +53,10 @@ CompiledValue CompileAnyExpression(const Element& expression, ExpressionContext&
   return kind->compile(expression, context);
 }
 
+std::string_view FieldAttribute(const Element& element) noexcept {
+  return element.Is("TextIndex") ? "textField" : "field";
+}
+
 bool IsExpression(std::string_view elementName) noexcept { return FindKind(elementName) != nullptr; }
 
 std::vector<std::string_view> CollectReferences(const Element& expression) {
@@ -61,7 +65,7 @@ std::vector<std::string_view> CollectReferences(const Element& expression) {
   while (!pending.empty()) {
     const Element element = pending.back();
     pending.pop_back();
-    if (const auto name = element.Attribute("field")) names.push_back(*name);
+    if (const auto name = element.Attribute(FieldAttribute(element))) names.push_back(*name);
     for (Element child = element.FirstChild(); child; child = child.NextSibling()) {
       if (!HoldsNoReferences(child)) pending.push_back(child);
     }

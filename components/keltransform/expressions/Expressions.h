@@ -51,8 +51,12 @@ struct ExpressionContext {
 [[nodiscard]] CompiledValue CompileDiscretize(const KelXML_1_3::Element& element, ExpressionContext& context);
 [[nodiscard]] CompiledValue CompileMapValues(const KelXML_1_3::Element& element, ExpressionContext& context);
 [[nodiscard]] CompiledValue CompileApply(const KelXML_1_3::Element& element, ExpressionContext& context);
+[[nodiscard]] CompiledValue CompileTextIndex(const KelXML_1_3::Element& element, ExpressionContext& context);
 
 // What they share.
+
+/// The attribute by which an element names the field that it refers to.
+[[nodiscard]] std::string_view FieldAttribute(const KelXML_1_3::Element& element) noexcept;
 
 /// The value of a "Constant" as one of `type`, nothing if it is none.
 [[nodiscard]] std::optional<CompiledValue> FindConstantOf(const KelXML_1_3::Element& element, DataType type,

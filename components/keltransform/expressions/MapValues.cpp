@@ -12,9 +12,6 @@ using KelXML_1_3::Element;
 
 namespace {
 
-// A column name as the rows have it, which are read without prefixes.
-std::string_view LocalName(std::string_view name) { return name.substr(name.rfind(':') + 1); }
-
 // An input of the mapping, and the column of its keys.
 struct KeyColumn {
   CompiledValue field;

@@ -35,6 +35,16 @@ std::string EveryKind() {
          Derived(
              "middle", "double",
              R"(<Apply function="median"><FieldRef field="x"/><FieldRef field="y"/><FieldRef field="i"/></Apply>)") +
+         Derived("terms", "double", R"(<TextIndex textField="s" localTermWeights="augmentedNormalizedTermFrequency"
+             maxLevenshteinDistance="1"><TextIndexNormalization><InlineTable><row><string>that</string><stem>which</stem>
+             </row><row><string>kno[a-z]*</string><stem>knew</stem><regex>true</regex></row></InlineTable>
+             </TextIndexNormalization><Constant>category</Constant></TextIndex>)") +
+         Derived("term", "double", R"(<TextIndex textField="upper"><Constant>THE DOCUMENT</Constant></TextIndex>)") +
+         Derived("matched", "boolean",
+                 R"(<Apply function="matches"><FieldRef field="s"/><Constant>^a.*know$</Constant></Apply>)") +
+         Derived(
+             "replaced", "string",
+             R"(<Apply function="replace"><FieldRef field="s"/><Constant>a (\w+)</Constant><Constant>the $1</Constant></Apply>)") +
          Derived(
              "chosen", "string",
              R"(<Apply function="if"><Apply function="equal"><FieldRef field="upper"/><FieldRef field="s"/></Apply><FieldRef field="s"/><FieldRef field="joined"/></Apply>)") +

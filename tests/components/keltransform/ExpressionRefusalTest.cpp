@@ -37,7 +37,6 @@ INSTANTIATE_TEST_SUITE_P(
     Kinds, ExpressionRefusalTest,
     testing::Values(
         RefusalCase{"aggregate", R"(<Aggregate field="x" function="sum"/>)", R"(<Aggregate function="sum"> line 20)"},
-        RefusalCase{"text_index", R"(<TextIndex textField="s"/>)", "<TextIndex> line 20"},
         RefusalCase{"lag", R"(<Lag field="x"/>)", "<Lag> line 20"},
         RefusalCase{"unknown_element", "<Quantile/>", "no expression"},
         RefusalCase{"no_expression", "", "no expression"},
