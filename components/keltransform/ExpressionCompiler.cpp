@@ -100,7 +100,7 @@ struct ExpressionCompiler::Impl {
   DeclaredFields declared;
   FunctionScope functions;
   InputLookup inputLookup;
-  std::unordered_map<std::string, std::optional<ResolvedField>, NameHash, std::equal_to<>> inputs;
+  std::unordered_map<std::string, ResolvedField, NameHash, std::equal_to<>> inputs;
 };
 
 const ResolvedField* ExpressionCompiler::Impl::Find(std::string_view name, std::size_t dictionaries) {
@@ -109,9 +109,10 @@ const ResolvedField* ExpressionCompiler::Impl::Find(std::string_view name, std::
 }
 
 const ResolvedField* ExpressionCompiler::Impl::FindInput(std::string_view name) {
-  auto found = inputs.find(name);
-  if (found == inputs.end()) found = inputs.emplace(name, inputLookup(name)).first;
-  return found->second ? &*found->second : nullptr;
+  const auto known = inputs.find(name);
+  if (known != inputs.end()) return &known->second;
+  std::optional<ResolvedField> found = inputLookup(name);
+  return found ? &inputs.emplace(name, *std::move(found)).first->second : nullptr;
 }
 
 // Depth first over the references, with a path of our own instead of recursion: a document may chain more fields than

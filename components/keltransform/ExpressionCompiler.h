@@ -50,7 +50,8 @@ struct ResolvedField {
 /// expression only hands on another one shares its slot, so slots are for reading once the inputs are in place.
 class KEL_EXPORT ExpressionCompiler {
  public:
-  /// Gives an input field by name, or nothing if the model can't see such a field. Called once for each name.
+  /// Gives an input field by name, or nothing if the model can't see such a field. Called until it gives the name for
+  /// the first time, so that a field may come to be while a document is compiled.
   using InputLookup = std::function<std::optional<ResolvedField>(std::string_view name)>;
 
   ExpressionCompiler(TextPool& pool, InputLookup inputs);

@@ -77,6 +77,11 @@ void CompiledModel::CountNumbers() noexcept {
                  fBody->RankingCapacity() * (sizeof(RankedEntity) / sizeof(double));
 }
 
+const ModelBody* CompiledModel::BareBody() const noexcept {
+  const bool isBare = fOutputs == nullptr && fSegmentInputs.empty() && fDerived.IsEmpty() && !fTarget->Adjusts();
+  return isBare ? fBody.get() : nullptr;
+}
+
 Prediction CompiledModel::MakePrediction(double* numbers) const noexcept {
   Prediction prediction;
   prediction.probabilities = numbers;

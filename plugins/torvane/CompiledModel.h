@@ -34,6 +34,10 @@ class CompiledModel {
   [[nodiscard]] const Target& GetTarget() const noexcept { return *fTarget; }
   [[nodiscard]] const ModelBody& Body() const noexcept { return *fBody; }
 
+  /// The body of a member whose results are its body's and nothing else: it has no inputs, derived fields or outputs of
+  /// its own, and its target changes no result. Null otherwise.
+  [[nodiscard]] const ModelBody* BareBody() const noexcept;
+
   /// The numbers that the arrays of a prediction take.
   [[nodiscard]] std::size_t NumberCount() const noexcept { return fNumberCount; }
   /// A prediction whose arrays stand in `numbers`.

@@ -170,9 +170,10 @@ void FieldScope::AddOutput(const ResolvedField& field) { fOutputs.emplace(field.
 
 std::optional<ResolvedField> FieldScope::FindInEnsemble(std::string_view name) {
   const MiningField* const field = fSchema.Find(name);
+  const auto output = fOutputs.find(name);
+  if (field == nullptr && output != fOutputs.end()) return output->second;
   const std::optional<ResolvedField> outer = fOuter->FindForSegment(name, fSeesAll || field != nullptr);
   if (outer) return field == nullptr ? outer : AddSegmentInput(*field, *outer);
-  const auto output = fOutputs.find(name);
   return output == fOutputs.end() ? std::nullopt : std::optional(output->second);
 }
 

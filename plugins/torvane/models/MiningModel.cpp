@@ -166,7 +166,32 @@ void MiningModel::RunChain(Frame frame, Prediction& prediction) const {
 
 // --- Combination ---
 
+// Fields that the first tree needs serve all trees: none needs more of its own.
+void MiningModel::PrepareTrees(Frame frame) const noexcept {
+  if (fSegments[0].hasDerived) fSegments[0].derived.Run(frame);
+}
+
+// Adds up by category what the trees say. False if there is no such layout, or a value that it needs is missing: the
+// segments then run one by one.
+bool MiningModel::AddUpTrees(Frame frame, Prediction& prediction) const noexcept {
+  if (fTrees == nullptr) return false;
+  PrepareTrees(frame);
+  std::fill_n(prediction.probabilities, fCategoryCount, 0.0);
+  if (!fTrees->AddUp(frame.data(), prediction.scratch, prediction.probabilities)) return false;
+  for (std::uint32_t i = 0; i < fCategoryCount; ++i) prediction.probabilities[i] /= fTreeWeight;
+  ConcludeByProbabilities(prediction);
+  return true;
+}
+
 void MiningModel::CombineNumbers(Frame frame, Prediction& prediction) const {
+  if (fTrees != nullptr) {
+    PrepareTrees(frame);
+    if (fTrees->Sum(frame.data(), prediction.scratch, prediction.number)) {
+      if (fMethod == Method::kAverage) prediction.number /= fTreeWeight;
+      prediction.outcome = Outcome::kValue;
+      return;
+    }
+  }
   double* const values = prediction.scratch;
   double* const weights = values + fSegments.size();
   std::size_t count = 0;
@@ -191,6 +216,7 @@ void MiningModel::CombineNumbers(Frame frame, Prediction& prediction) const {
 
 // A missing result is a vote of its own, and nothing is predicted if it wins.
 void MiningModel::Vote(Frame frame, Prediction& prediction) const {
+  if (AddUpTrees(frame, prediction)) return;
   double* const votes = prediction.probabilities;
   std::fill_n(votes, fCategoryCount, 0.0);
   Tally tally;
@@ -206,6 +232,7 @@ void MiningModel::Vote(Frame frame, Prediction& prediction) const {
 }
 
 void MiningModel::AverageProbabilities(Frame frame, Prediction& prediction) const {
+  if (AddUpTrees(frame, prediction)) return;
   double* const sums = prediction.probabilities;
   std::fill_n(sums, fCategoryCount, 0.0);
   Tally tally;

@@ -10,6 +10,7 @@
 #include "plugins/torvane/CompiledModel.h"
 #include "plugins/torvane/fields/FieldScope.h"
 #include "plugins/torvane/models/ModelBody.h"
+#include "plugins/torvane/models/TreeEnsemble.h"
 #include "plugins/torvane/predicates/Predicate.h"
 #include "plugins/torvane/targets/Target.h"
 
@@ -88,6 +89,8 @@ class MiningModel final : public ModelBody {
   void SelectAll(KelTransformNS::Frame frame, Prediction& prediction) const;
   void RunChain(KelTransformNS::Frame frame, Prediction& prediction) const;
   void CombineNumbers(KelTransformNS::Frame frame, Prediction& prediction) const;
+  void PrepareTrees(KelTransformNS::Frame frame) const noexcept;
+  bool AddUpTrees(KelTransformNS::Frame frame, Prediction& prediction) const noexcept;
   void Vote(KelTransformNS::Frame frame, Prediction& prediction) const;
   void AverageProbabilities(KelTransformNS::Frame frame, Prediction& prediction) const;
   void CompareProbabilities(KelTransformNS::Frame frame, Prediction& prediction) const;
@@ -97,6 +100,8 @@ class MiningModel final : public ModelBody {
 
   PredicateTable fPredicates;
   std::vector<Segment> fSegments;
+  std::unique_ptr<const TreeEnsemble> fTrees;  // the segments once more, if all of them are plain trees
+  double fTreeWeight = 0.0;                    // of all trees
   std::vector<std::string> fIds;
   std::vector<std::uint32_t> fOutputSlots;  // of the segments' outputs, missing until their segment runs
   Method fMethod = Method::kMajorityVote;

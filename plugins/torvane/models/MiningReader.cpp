@@ -256,6 +256,30 @@ void MiningReader::Conclude() {
   if (model.fIsNumeric && !IsSelection()) model.fOwnNumbers = 2 * count;
   if (!model.fIsNumeric && comparesShares) model.fOwnNumbers = count * (model.fCategoryCount + 1);
   model.fSegments.shrink_to_fit();
+  LayOutTrees();
+}
+
+// Where all segments are trees that do nothing but split by numbers, and take part in each record.
+void MiningReader::LayOutTrees() {
+  MiningModel& model = *fModel;
+  const bool isSum = model.fMethod == Method::kSum || model.fMethod == Method::kAverage;
+  if (!isSum && model.fMethod != Method::kMajorityVote) return;
+  std::vector<TreeEnsemble::Member> members;
+  double weights = 0.0;
+  for (const Segment& segment : model.fSegments) {
+    const bool isPlain = segment.predicate.kind == TestKind::kAlways && segment.weightSlot == Prediction::kNone &&
+                         segment.derivedSlots.empty() && (members.empty() || !segment.hasDerived);
+    if (!isPlain) return;
+    const double weight = model.fIsWeighted ? segment.weight : 1.0;
+    members.push_back({dynamic_cast<const TreeModel*>(segment.model->BareBody()), weight, &segment.categories});
+    weights += weight;
+  }
+  if (weights == 0.0) return;
+  const auto result = model.fIsNumeric ? TreeEnsemble::Result::kNumber
+                                       : (isSum ? TreeEnsemble::Result::kShares : TreeEnsemble::Result::kVote);
+  model.fTrees = TreeEnsemble::TryBuild(members, result, model.fIsSinglePrecision);
+  model.fTreeWeight = weights;
+  if (model.fTrees) model.fOwnNumbers = std::max(model.fOwnNumbers, model.fTrees->ScratchCount());
 }
 
 }  // namespace Torvane

@@ -33,6 +33,7 @@ class MiningReader {
   void MapCategories(const Element& element, Segment& segment);
   void ReadComposition();
   void Conclude();
+  void LayOutTrees();
 
   [[nodiscard]] bool IsSelection() const noexcept;
 

@@ -48,6 +48,27 @@ class TreeModel final : public ModelBody {
   void WriteEntity(std::uint32_t entity, KelCommon_1_3::Value& value) const override { fIds.Write(entity, value); }
   [[nodiscard]] std::span<const KindOutput> KindOutputs() const noexcept override;
 
+  // For ensembles, which lay the nodes of many trees out in a way of their own.
+
+  /// The two children of an inner node: numbers up to the limit go below, others above.
+  struct Split {
+    std::uint32_t slot;
+    double limit;
+    std::uint32_t below;
+    std::uint32_t above;
+  };
+  /// Whether each inner node splits by a number and each leaf has a result, so that a record without missing values
+  /// always ends at a leaf.
+  [[nodiscard]] bool HasPlainSplits() const noexcept;
+  [[nodiscard]] bool IsLeaf(std::uint32_t node) const noexcept { return fNodes[node].isInner == 0; }
+  [[nodiscard]] Split SplitOf(std::uint32_t node) const noexcept;
+  /// Of a leaf of a regression.
+  [[nodiscard]] double ScoreOf(std::uint32_t leaf) const noexcept { return fScores[fNodes[leaf].result]; }
+  /// Of a leaf of a classification.
+  [[nodiscard]] std::uint32_t CategoryOf(std::uint32_t leaf) const noexcept { return fNodes[leaf].result; }
+  /// The probabilities of a leaf of a classification that aren't given as 0, with their categories.
+  [[nodiscard]] std::vector<std::pair<std::uint32_t, double>> SharesOf(std::uint32_t leaf) const;
+
  private:
   friend class TreeReader;
 

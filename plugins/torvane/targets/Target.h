@@ -51,6 +51,8 @@ class Target {
   /// The category of a text, nothing if the model doesn't know it.
   [[nodiscard]] std::optional<std::uint32_t> FindCategory(std::string_view text) const;
 
+  /// Whether limits, scaling or rounding change a predicted number.
+  [[nodiscard]] bool Adjusts() const noexcept { return fAdjusts; }
   /// Applies defaults, limits, scaling and rounding to what the model's body gave.
   void Finish(Prediction& prediction) const noexcept {
     const bool isDone = prediction.outcome == Outcome::kValue && !fAdjusts && prediction.number == prediction.number;

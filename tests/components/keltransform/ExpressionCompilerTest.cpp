@@ -133,10 +133,10 @@ TEST_F(ExpressionCompilerTest, Withdraw_FieldThatAnInputProvides_IsReadInsteadOf
   EXPECT_EQ(Run(fCompiler.Finish(), slot, 3), 6.0);
 }
 
-TEST_F(ExpressionCompilerTest, Find_UnknownName_GivesNullAndAsksOnce) {
+TEST_F(ExpressionCompilerTest, Find_UnknownName_GivesNullAndAsksAgain) {
   EXPECT_EQ(fCompiler.Find("z", fRoot), nullptr);
   EXPECT_EQ(fCompiler.Find("z", fRoot), nullptr);
-  EXPECT_EQ(fLookups["z"], 1);
+  EXPECT_EQ(fLookups["z"], 2);
   EXPECT_THAT(ErrorOf("z"), HasSubstr("<TreeModel> line 1: there is no field \"z\""));
 }
 
