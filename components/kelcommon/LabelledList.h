@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "components/kelcommon/Hashing.h"
@@ -37,10 +38,13 @@ class LabelledList {
   /// An entry that is there is ignored together with its label.
   void Add(const Entry& entry, const std::string& label) {
     if (Find(entry)) return;
+    if (label.empty()) return Append(entry);
+    // What can fail comes first, so that an entry comes with its label or not at all.
+    std::string ownLabel = label;
+    if (fLabels.capacity() <= fEntries.size()) fLabels.reserve(2 * fEntries.size() + 1);
     Append(entry);
-    if (label.empty()) return;
     fLabels.resize(fEntries.size());
-    fLabels.back() = label;
+    fLabels.back() = std::move(ownLabel);
   }
 
   /// The entry's position, nothing if it is absent.
@@ -66,9 +70,15 @@ class LabelledList {
     std::size_t operator()(std::string_view key) const { return KelCommon_1_3::HashBytes(key); }
   };
 
+  // Both or neither.
   void Append(const Entry& entry) {
     fEntries.push_back(entry);
-    fPositions.emplace(KeyOf(fEntries.back()), Size() - 1);
+    try {
+      fPositions.emplace(KeyOf(fEntries.back()), Size() - 1);
+    } catch (...) {
+      fEntries.pop_back();
+      throw;
+    }
   }
 
   std::deque<Entry> fEntries;  // entries stay where they are, as the keys of texts look at them

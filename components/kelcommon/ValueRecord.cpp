@@ -109,6 +109,17 @@ void ValueRecord::Clear() noexcept {
   fLayout = 0;
 }
 
+// By way of a record of its own: `other` may be this record, or lie in one of its values.
+void ValueRecord::TakeNames(const ValueRecord& other) {
+  ValueRecord taken;
+  taken.fNames = other.fNames;
+  taken.fHashes = other.fHashes;
+  taken.fIndex = other.fIndex;
+  taken.fValues.resize(other.fValues.size());
+  taken.fLayout = other.fLayout;
+  Swap(taken);
+}
+
 void ValueRecord::ThrowOutOfRange(int position) {
   throw std::out_of_range("ValueRecord: no value at position " + std::to_string(position));
 }

@@ -13,7 +13,8 @@
 namespace KelXML_1_3 {
 
 template <typename T>
-inline constexpr bool kTurnsIntoBool = std::is_arithmetic_v<T> ||
+inline constexpr bool kTurnsIntoBool = std::is_arithmetic_v<T> || std::is_enum_v<T> ||
+                                       std::is_same_v<T, KelCommon_1_3::Value> ||
                                        (std::is_pointer_v<T> && !std::is_convertible_v<T, const char*>);
 
 /// One setting: a name with either a plain text or a value object, which it owns.
@@ -57,7 +58,7 @@ class KEL_EXPORT KelSettings {
   bool AddSetting(const std::string& name, const KelVecValue<std::string>& value, bool replace);
   bool AddSetting(const std::string& name, const KelVecValue<KelCommon_1_3::Value>& value, bool replace);
   bool AddSetting(const std::string& name, const KelSettings& value, bool replace);
-  /// No other number or pointer: it would silently become a bool.
+  /// No other number, enumeration or pointer, and no single value: it would silently become a bool.
   template <typename T, typename = std::enable_if_t<kTurnsIntoBool<T>>>
   bool AddSetting(const std::string& name, T value, bool replace) = delete;
 

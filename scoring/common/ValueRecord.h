@@ -87,6 +87,9 @@ class KEL_EXPORT ValueRecord {
   /// All values in order, for readers that have bound their positions. Dies with the next added name.
   [[nodiscard]] std::span<const Value> Values() const noexcept { return fValues; }
 
+  /// Replaces all names and values by the names of `other`, each with null. Quicker than adding them one by one.
+  void TakeNames(const ValueRecord& other);
+
  private:
   [[nodiscard]] bool InRange(int position) const noexcept {
     return static_cast<std::size_t>(static_cast<unsigned>(position)) < fValues.size();

@@ -6,7 +6,6 @@
 
 namespace KelScoring_20 {
 
-using KelCommon_1_3::FieldKey;
 using KelCommon_1_3::KelStatus;
 using KelCommon_1_3::RecordLayout;
 using KelCommon_1_3::Value;
@@ -14,38 +13,37 @@ using KelCommon_1_3::ValueRecord;
 
 namespace {
 
-// The member of `value` for one model. What is composite already keeps its members; anything else starts anew.
-Value& MemberFor(const FieldKey& id, Value& value) {
-  return value.GetType() == Value::kMembers ? value.MakeMembers()[id] : value[id.Name()];
-}
-
 // The record that one model after the other scores into. Each finds there the names that the host wants, all null.
 class Scratch {
  public:
-  explicit Scratch(const ValueRecord& out) : fWanted(out.Size()), fRecord(out.Size()) { Fill(out); }
+  explicit Scratch(const ValueRecord& out) : fWanted(out.Size()) {
+    fRecord.TakeNames(out);
+    fLayout = fRecord.Layout();
+  }
 
   ValueRecord& Blank(const ValueRecord& out) {
     if (fRecord.Layout() == fLayout) {
       DropValues();
     } else {
-      fRecord.Clear();
-      Fill(out);
+      TakeWantedNames(out);
     }
     return fRecord;
   }
 
-  // Files each value in `out` under its name and `id`. The wanted names stand first in `out` and at the same
-  // positions, so that only names which the model added are looked up.
-  void FileInto(ValueRecord& out, const FieldKey& id) const {
+  // Files each value in `out` under its name and the identifier at a position. The wanted names stand first in `out`
+  // and at the same positions, so that only names which the model added are looked up.
+  void FileInto(ValueRecord& out, const MemberIds& ids, std::size_t position) const {
     const int samePositions = fRecord.Layout() == fLayout ? fWanted : 0;
     for (int k = 0; k < fRecord.Size(); ++k) {
       Value& value = k < samePositions ? out[k] : out[fRecord.NameAt(k)];
-      MemberFor(id, value) = fRecord.At(k);
+      ids.MemberOf(value, position) = fRecord.At(k);
     }
   }
 
  private:
-  void Fill(const ValueRecord& out) {
+  // By now `out` may hold names behind them that models have added.
+  void TakeWantedNames(const ValueRecord& out) {
+    fRecord.Clear();
     for (int k = 0; k < fWanted; ++k) fRecord.Add(out.NameAt(k), Value::NULL_VALUE);
     fLayout = fRecord.Layout();
   }
@@ -70,7 +68,7 @@ ScoringMultiModel::~ScoringMultiModel() {
 
 void ScoringMultiModel::AddModel(std::string id, ScoringModel* model) {
   std::unique_ptr<ScoringModel> owned(model);
-  fModelIDs.emplace_back(std::move(id));
+  fModelIDs.Add(std::move(id));
   fModels.push_back(std::move(owned));
 }
 
@@ -80,7 +78,7 @@ KelStatus ScoringMultiModel::Score(ValueRecord& in, ValueRecord& out) {
   if (fModels.empty()) return KelStatus(KelScoringConst::kNothingToScoreWith, false);
   Scratch scratch(out);
   for (std::size_t i = 0; i < fModels.size(); ++i) {
-    if (fModels[i]->Score(in, scratch.Blank(out)).IsOK()) scratch.FileInto(out, fModelIDs[i]);
+    if (fModels[i]->Score(in, scratch.Blank(out)).IsOK()) scratch.FileInto(out, fModelIDs, i);
   }
   return KelStatus();
 }
@@ -90,7 +88,7 @@ KelStatus ScoringMultiModel::Scorable(ValueRecord& record) {
   for (std::size_t i = 0; i < fModels.size(); ++i) {
     ValueRecord offered(2);
     static_cast<void>(fModels[i]->Scorable(offered));
-    for (int k = 0; k < offered.Size(); ++k) MemberFor(fModelIDs[i], record[offered.NameAt(k)]) = offered.At(k);
+    for (int k = 0; k < offered.Size(); ++k) fModelIDs.MemberOf(record[offered.NameAt(k)], i) = offered.At(k);
   }
   return KelStatus();
 }

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "scoring/common/ValueRecord.h"
+#include "scoring/model/MemberIds.h"
 #include "scoring/model/ScoringAbsModel.h"
 
 namespace KelScoring_20 {
@@ -37,7 +37,7 @@ class ScoringMultiModel : public ScoringAbsModel {
   [[nodiscard]] std::string GetSubType() const override;
 
  private:
-  std::vector<KelCommon_1_3::FieldKey> fModelIDs;  // hashed once; beside fModels
+  MemberIds fModelIDs;  // beside fModels
   std::vector<std::unique_ptr<ScoringModel>> fModels;
 };
 

@@ -9,17 +9,21 @@
 namespace {
 
 std::atomic<long> allocationCount{0};
-thread_local bool failsAllocations = false;
+constexpr long kNoLimit = -1;
+thread_local long allocationsLeft = kNoLimit;
 
 }  // namespace
 
 long AllocationCount() noexcept { return allocationCount; }
 
-void FailAllocations(bool fail) noexcept { failsAllocations = fail; }
+void FailAllocations(bool fail) noexcept { FailAllocationsAfter(fail ? 0 : kNoLimit); }
+
+void FailAllocationsAfter(long count) noexcept { allocationsLeft = count < 0 ? kNoLimit : count; }
 
 void* operator new(std::size_t size) {
   ++allocationCount;
-  if (failsAllocations) throw std::bad_alloc();
+  if (allocationsLeft == 0) throw std::bad_alloc();
+  if (allocationsLeft > 0) --allocationsLeft;
   if (void* const memory = std::malloc(size)) return memory;
   throw std::bad_alloc();
 }

@@ -4,3 +4,5 @@
 [[nodiscard]] long AllocationCount() noexcept;
 /// Whether this thread's further calls of it shall find no memory.
 void FailAllocations(bool fail) noexcept;
+/// Whether they shall find none after this many more that do. A negative count ends that.
+void FailAllocationsAfter(long count) noexcept;

@@ -1,7 +1,9 @@
 #include <functional>
 #include <gtest/gtest.h>
+#include <new>
 #include <string>
 
+#include "scoring/common/KelVarList.h"
 #include "scoring/common/Value.h"
 #include "scoring/common/ValueRecord.h"
 #include "tests/components/kelcommon/AllocationCount.h"
@@ -98,6 +100,33 @@ TEST(AllocationTest, CompositeOutput_WrittenAnew_SettlesDown) {
             }),
             0);
   EXPECT_EQ(output[0].Members()->Size(), 3);
+}
+
+// A value that is added when memory runs out comes whole or not at all, and can be added again.
+TEST(AllocationTest, EncoderWithoutMemory_StaysInStep) {
+  for (const std::string& label : {std::string(), kLongText}) {
+    KelXML_1_3::KelVarList list;
+    list.AddCatVar("x", "", 0, KelXML_1_3::kCategoricalString, KelXML_1_3::kRoleInput);
+    KelXML_1_3::IKelEncoder& encoder = *list.GetVarAt(0)->GetEncoder();
+    for (int i = 0; i < 100; ++i) {
+      const std::string value = kLongText + std::to_string(i);
+      bool added = false;
+      for (long allowed = 0; !added; ++allowed) {
+        ASSERT_EQ(encoder.EncodeString(value), -1.0);
+        ASSERT_EQ(encoder.GetValueCount(), i);
+        FailAllocationsAfter(allowed);
+        try {
+          encoder.AddStringValue(value, label);
+          added = true;
+        } catch (const std::bad_alloc&) {
+        }
+        FailAllocationsAfter(-1);
+      }
+      ASSERT_EQ(encoder.EncodeString(value), i);
+      ASSERT_EQ(encoder.GetStringValueAt(i), value);
+      ASSERT_EQ(encoder.GetValueLabels()->size(), label.empty() ? 0U : static_cast<std::size_t>(i + 1));
+    }
+  }
 }
 
 }  // namespace

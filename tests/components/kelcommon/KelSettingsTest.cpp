@@ -182,4 +182,16 @@ TEST(KelSettingsTest, BoolAndNestedValues_ConvertAndCompare) {
   EXPECT_FALSE(settings[2]->GetValue()->ToBool());
 }
 
+// What could only become a bool on the way doesn't compile.
+template <typename T>
+concept Settable = requires(KelSettings settings, T value) {
+  settings.AddSetting("name", value, true);
+};
+enum Unscoped { kOne };
+enum class Scoped { kTwo };
+static_assert(Settable<bool> && Settable<const char*> && Settable<char*> && Settable<std::string>);
+static_assert(Settable<Names> && Settable<KelVecValue<Value>> && Settable<KelSettings>);
+static_assert(!Settable<int> && !Settable<double> && !Settable<Unscoped> && !Settable<Scoped>);
+static_assert(!Settable<Value> && !Settable<const Value> && !Settable<const int*>);
+
 }  // namespace

@@ -181,4 +181,24 @@ TEST(ValueRecordTest, Assign_RecordsWithinEachOther_KeepTheContent) {
   EXPECT_TRUE(whole.At(0) == inner);
 }
 
+TEST(ValueRecordTest, TakeNames_GivesNullsOnly) {
+  for (const int size : {0, 2, 100}) {
+    ValueRecord source;
+    for (int i = 0; i < size; ++i) source[std::to_string(i)] = i;
+    ValueRecord record = Named({"old"});
+    record.TakeNames(source);
+    EXPECT_EQ(record.Names(true), source.Names(true));
+    EXPECT_EQ(record.Layout(), source.Layout());
+    EXPECT_EQ(record.IndexOf(std::to_string(size - 1)), size - 1);
+    EXPECT_EQ(record.IndexOf("old"), -1);
+    for (int i = 0; i < size; ++i) EXPECT_TRUE(record.At(i).IsNull());
+  }
+  ValueRecord whole;
+  whole["a"]["x"] = 1;
+  whole.TakeNames(*whole.At(0).Members());
+  EXPECT_EQ(whole.Names(true), std::vector<std::string>{"x"});
+  whole.TakeNames(whole);
+  EXPECT_EQ(whole.Names(true), std::vector<std::string>{"x"});
+}
+
 }  // namespace

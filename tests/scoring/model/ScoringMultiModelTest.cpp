@@ -133,6 +133,33 @@ TEST_F(ScoringMultiModelTest, SameIdentifierTwice_LaterResultStays) {
   EXPECT_EQ(fOut["prediction"].Members()->Size(), 1);
 }
 
+// Once every member has written to a value, places are no longer looked up.
+TEST_F(ScoringMultiModelTest, ReusedRecord_KeepsEachResultInItsPlace) {
+  double row = 0.0;
+  const auto writes = [&row](double factor) {
+    return [&row, factor](const ValueRecord&, ValueRecord& out) {
+      out["prediction"] = factor * row;
+      if (factor != 10.0) out["rare"] = factor + row;
+      return factor == 100.0 && row == 1.0 ? KelStatus(5, false) : KelStatus();
+    };
+  };
+  Add("a").OnScore(writes(1.0));
+  Add("b").OnScore(writes(10.0));
+  Add("a").OnScore(writes(100.0));
+  Add("c").OnScore(writes(1000.0));
+  fOut.Add("prediction", Value::NULL_VALUE);
+  for (row = 1.0; row < 4.0; ++row) {
+    SCOPED_TRACE(row);
+    EXPECT_TRUE(fModel->Score(fIn, fOut).IsOK());
+    EXPECT_EQ(fOut["prediction"].Members()->Names(true), (std::vector<std::string>{"a", "b", "c"}));
+    EXPECT_EQ(Result("prediction", "a"), Value(row == 1.0 ? 1.0 : 100.0 * row));  // the second "a" fails at first
+    EXPECT_EQ(Result("prediction", "b"), Value(10.0 * row));
+    EXPECT_EQ(Result("prediction", "c"), Value(1000.0 * row));
+    EXPECT_EQ(Result("rare", "c"), Value(1000.0 + row));
+    fOut["prediction"]["a"] = -1.0;
+  }
+}
+
 TEST_F(ScoringMultiModelTest, NoNamesWanted_MembersRunAllTheSame) {
   Add("a").OnScore(Writes("prediction", Value(1.0)));
   EXPECT_TRUE(fModel->Score(fIn, fOut).IsOK());
