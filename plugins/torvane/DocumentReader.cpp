@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
+#include <string>
 #include <string_view>
 
 #include "plugins/torvane/models/ModelRegistry.h"
@@ -17,10 +19,28 @@ bool IsPatch(std::string_view text) {
   return text.size() > 1 && text[0] == '.' && text.find_first_not_of("0123456789", 1) == std::string_view::npos;
 }
 
+// "4_1" of the namespace "http://www.dmg.org/PMML-4_1", which some producers rely on; nothing if it is another one.
+std::optional<std::string> VersionOfNamespace(const Element& root) {
+  constexpr std::string_view kStem = "http://www.dmg.org/PMML-";
+  const std::string_view name = root.Attribute("xmlns").value_or("");
+  if (!name.starts_with(kStem)) return std::nullopt;
+  std::string version(name.substr(kStem.size()));
+  std::replace(version.begin(), version.end(), '_', '.');
+  return version;
+}
+
+std::string FindVersion(const Element& root) {
+  if (!root.Attribute("version")) {
+    if (const std::optional<std::string> version = VersionOfNamespace(root)) return *version;
+  }
+  return std::string(root.Required("version"));
+}
+
 // "3.2" gives 302; "4.4.1" gives 404: patches change no meaning.
 int ReadVersion(const Element& root) {
   constexpr std::array<std::string_view, 8> kVersions = {"3.0", "3.1", "3.2", "4.0", "4.1", "4.2", "4.3", "4.4"};
-  const std::string_view text = root.Required("version");
+  const std::string version = FindVersion(root);
+  const std::string_view text = version;
   const auto found = std::find(kVersions.begin(), kVersions.end(), text.substr(0, 3));
   if (found == kVersions.end() || (text.size() > 3 && !IsPatch(text.substr(3)))) {
     throw root.AttributeError("version", "is not supported; versions 3.0 to 4.4 are");
@@ -51,13 +71,18 @@ std::string ReadModelType(const KelXML_1_3::KelSettings& settings) {
 }
 
 std::unique_ptr<TorvaneScorer> MakeScorer(const Element& root, const std::string& modelType,
-                                          KelXML_1_3::KelSettings& settings, const KelXML_1_3::KelVarList& varList) {
+                                          KelXML_1_3::KelSettings& settings, const KelXML_1_3::KelVarList& varList,
+                                          KelXML_1_3::ElementStream* stream) {
   if (!root.Is("PMML")) throw root.Error("is the root, where <PMML> should be");
   auto pool = std::make_unique<KelTransformNS::TextPool>();
   const int version = ReadVersion(root);
   const Element model = FindModel(root, modelType);
-  const Document document{root, version, KelTransformNS::DataDictionary(root.Child("DataDictionary")), *pool,
-                          ReadsAllDerivedFields(settings)};
+  const Document document{root,
+                          version,
+                          KelTransformNS::DataDictionary(root.Child("DataDictionary")),
+                          *pool,
+                          ReadsAllDerivedFields(settings),
+                          stream};
   auto compiled = CompiledModel::Build(model, document);
   return std::make_unique<TorvaneScorer>(settings, varList, modelType, std::move(pool), std::move(compiled));
 }

@@ -13,9 +13,11 @@ namespace Torvane {
 [[nodiscard]] std::string ReadModelType(const KelXML_1_3::KelSettings& settings);
 
 /// Compiles the first child of `root` that has the name `modelType`. Throws `PmmlError` if `root` isn't PMML of a
-/// supported version, has no such child, or the model can't be scored. The tree of `root` isn't kept.
+/// supported version, has no such child, or the model can't be scored. The tree of `root` isn't kept. `stream` is what
+/// `root` comes from, if the segments of an ensemble are still to be read; null for a whole tree.
 [[nodiscard]] std::unique_ptr<TorvaneScorer> MakeScorer(const Element& root, const std::string& modelType,
                                                         KelXML_1_3::KelSettings& settings,
-                                                        const KelXML_1_3::KelVarList& varList);
+                                                        const KelXML_1_3::KelVarList& varList,
+                                                        KelXML_1_3::ElementStream* stream = nullptr);
 
 }  // namespace Torvane

@@ -8,6 +8,7 @@
 #include <xercesc/dom/DOMElement.hpp>
 #include <xercesc/util/XMLString.hpp>
 
+#include "components/kelparsexml/ElementStream.h"
 #include "components/kelparsexml/ElementTree.h"
 #include "plugins/torvane/DocumentReader.h"
 #include "scoring/common/IKelScore.h"
@@ -20,6 +21,7 @@ namespace {
 
 using KelCommon_1_3::IKelScore;
 using KelCommon_1_3::KelDiagnostics;
+using KelXML_1_3::ElementStream;
 using KelXML_1_3::ElementTree;
 using KelXML_1_3::KelSettings;
 using KelXML_1_3::KelVarList;
@@ -91,8 +93,8 @@ class ScoreParser final : public KelScoring_20::IKelScoreParser {
       const std::string modelType = ReadModelType(settings);
       stream.clear();
       stream.seekg(0);
-      const auto tree = ElementTree::Read(stream, modelType);
-      return MakeScorer(tree->Root(), modelType, settings, varList);
+      const auto elements = ElementStream::Open(stream, modelType);
+      return MakeScorer(elements->Root(), modelType, settings, varList, elements.get());
     });
   }
 };

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "components/kelparsexml/ElementStream.h"
 #include "components/keltransform/DataDictionary.h"
 #include "components/keltransform/ExpressionCompiler.h"
 #include "components/keltransform/SlotCounter.h"
@@ -26,6 +27,7 @@ struct Document {
   KelTransformNS::DataDictionary dictionary;
   KelTransformNS::TextPool& pool;
   bool readsAllDerivedFields;  ///< the library computes every derived field of the dictionary into the record
+  KelXML_1_3::ElementStream* stream = nullptr;  ///< that hands over the segments of an ensemble; null: a whole tree
 };
 
 /// A field of the record that a model reads, and the slot that its cell is put into.

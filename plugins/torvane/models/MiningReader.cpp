@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string>
 
+#include "components/kelparsexml/SegmentCursor.h"
+
 namespace Torvane {
 namespace {
 
@@ -76,7 +78,6 @@ void MiningReader::CollectAskedOutputs() {
 }
 
 void MiningReader::ReadSegmentation(const Element& segmentation) {
-  if (segmentation.Next("Segmentation")) throw segmentation.Next("Segmentation").Error("is a second one");
   for (const char* composed : {"Regression", "DecisionTree"}) {
     if (fElement.Child(composed)) throw fElement.Child(composed).Error("is not supported beside a Segmentation");
   }
@@ -85,10 +86,26 @@ void MiningReader::ReadSegmentation(const Element& segmentation) {
   CheckMethod(segmentation);
   ReadMissingTreatment(segmentation);
   fScope.Compiler().DeclareDerivedFields(segmentation.Child("LocalTransformations"));
-  for (Element segment = segmentation.Child("Segment"); segment; segment = segment.Next("Segment")) {
-    ReadSegment(segment);
-  }
+  ReadSegments(segmentation);
+  CheckOrder(segmentation);
+}
+
+// A segment that comes from a stream is gone when the next one comes.
+void MiningReader::ReadSegments(const Element& segmentation) {
+  KelXML_1_3::SegmentCursor cursor(segmentation, fScope.GetDocument().stream);
+  for (Element segment = cursor.Next(); segment; segment = cursor.Next()) ReadSegment(segment);
   if (fModel->fSegments.empty()) throw segmentation.Error("has no Segment");
+}
+
+// What stands behind the segments may not have been read when they were built.
+void MiningReader::CheckOrder(const Element& segmentation) const {
+  RefuseUnknownModelChildren(fElement, {"Segmentation"});
+  RefuseUnknownChildren(segmentation, {"Segment", "LocalTransformations"});
+  for (Element child = segmentation.NextSibling(); child; child = child.NextSibling()) {
+    for (const char* name : {"MiningSchema", "Output", "Targets", "LocalTransformations", "Segmentation"}) {
+      if (child.Is(name)) throw child.Error("stands behind the Segmentation");
+    }
+  }
 }
 
 void MiningReader::ReadMethod(const Element& segmentation) {
@@ -192,7 +209,6 @@ void MiningReader::AddModel(const Element& element, const std::vector<Element>& 
   segment.hasDerived = !segment.derived.IsEmpty();
   fModel->fPartNumbers = std::max(fModel->fPartNumbers, segment.model->NumberCount());
   fModel->fSegments.push_back(std::move(segment));
-  fLast = element;
 }
 
 void MiningReader::CheckFunction(const Element& element, const Segment& segment) const {
@@ -237,7 +253,9 @@ bool MiningReader::IsSelection() const noexcept {
 
 void MiningReader::Conclude() {
   MiningModel& model = *fModel;
-  if (!model.fSegments.back().givesResult) throw fLast.AttributeError("functionName", "isn't that of the ensemble");
+  if (!model.fSegments.back().givesResult) {
+    throw fElement.AttributeError("functionName", "isn't that of its last model");
+  }
   for (const KelTransformNS::ResolvedField& output : fScope.SegmentOutputs()) {
     model.fOutputSlots.push_back(output.slot);
   }

@@ -21,6 +21,8 @@ class MiningReader {
 
   void CheckDepth() const;
   void ReadSegmentation(const Element& segmentation);
+  void ReadSegments(const Element& segmentation);
+  void CheckOrder(const Element& segmentation) const;
   void ReadMethod(const Element& segmentation);
   void CheckMethod(const Element& segmentation) const;
   void ReadMissingTreatment(const Element& segmentation);
@@ -44,7 +46,6 @@ class MiningReader {
   PredicateCompiler fPredicates;
   NameMap<std::vector<Element>> fAsked;  // output fields of the ensemble that ask a segment, by the segment's id
   NameMap<bool> fKnownIds;
-  Element fLast;  // the last model
 };
 
 }  // namespace Torvane
