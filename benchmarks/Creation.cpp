@@ -1,18 +1,14 @@
 // From a document to a model: time against one bare SAX2 pass over the same bytes, and memory against their number.
 
-#include <istream>
 #include <map>
 #include <memory>
-#include <streambuf>
 #include <string>
-#include <xercesc/framework/MemBufInputSource.hpp>
 #include <xercesc/sax2/DefaultHandler.hpp>
-#include <xercesc/sax2/SAX2XMLReader.hpp>
-#include <xercesc/sax2/XMLReaderFactory.hpp>
-#include <xercesc/util/XMLUni.hpp>
 
 #include "benchmarks/Allocations.h"
+#include "benchmarks/BareSax2.h"
 #include "benchmarks/Documents.h"
+#include "benchmarks/MemoryStream.h"
 #include "benchmarks/RatioReporter.h"
 #include "scoring/common/KelStatus.h"
 #include "scoring/factory/ScoringFactory.h"
@@ -21,34 +17,6 @@
 namespace {
 
 using KelScoring_20::ScoringFactory;
-
-// A stream over a text that isn't copied, so that the document itself doesn't count as memory of the creation.
-class MemoryStream : public std::istream {
- public:
-  explicit MemoryStream(const std::string& text) : std::istream(nullptr), fBuffer(text) { rdbuf(&fBuffer); }
-
- private:
-  class Buffer : public std::streambuf {
-   public:
-    explicit Buffer(const std::string& text) {
-      char* begin = const_cast<char*>(text.data());  // the get area is never written to
-      setg(begin, begin, begin + text.size());
-    }
-
-   protected:
-    pos_type seekoff(off_type offset, std::ios_base::seekdir direction, std::ios_base::openmode) override {
-      char* base = direction == std::ios_base::beg ? eback() : direction == std::ios_base::cur ? gptr() : egptr();
-      char* target = base + offset;
-      if (target < eback() || target > egptr()) return pos_type(off_type(-1));
-      setg(eback(), target, egptr());
-      return pos_type(target - eback());
-    }
-    pos_type seekpos(pos_type position, std::ios_base::openmode which) override {
-      return seekoff(off_type(position), std::ios_base::beg, which);
-    }
-  };
-  Buffer fBuffer;
-};
 
 constexpr std::size_t kMegabyte = 1000 * 1000;
 
@@ -60,15 +28,8 @@ const std::string& Document(std::size_t megabytes) {
 }
 
 void BareSax2Pass(const std::string& document) {
-  std::unique_ptr<xercesc::SAX2XMLReader> reader(xercesc::XMLReaderFactory::createXMLReader());
-  reader->setFeature(xercesc::XMLUni::fgSAX2CoreValidation, false);
-  reader->setFeature(xercesc::XMLUni::fgXercesLoadExternalDTD, false);
-  reader->setFeature(xercesc::XMLUni::fgXercesSchema, false);
   xercesc::DefaultHandler handler;
-  reader->setContentHandler(&handler);
-  reader->setErrorHandler(&handler);
-  const xercesc::MemBufInputSource source(reinterpret_cast<const XMLByte*>(document.data()), document.size(), "limit");
-  reader->parse(source);
+  ::BareSax2Pass(document, handler);
 }
 
 void Sax2Pass(benchmark::State& state) {
