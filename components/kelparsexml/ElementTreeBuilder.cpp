@@ -156,7 +156,7 @@ void ElementTreeBuilder::EndElement() {
   const OpenElement element = fOpen.back();
   if (element.hasChild) DropWhiteSpaceRun();
   const std::string_view text(fText.data() + element.textFrom, fTextEnd - element.textFrom);
-  fStorage.elements[element.index].text = fStorage.texts.Add(text);
+  if (!text.empty()) fStorage.elements[element.index].text = fStorage.texts.Add(text);
   fOpen.pop_back();
   fTextEnd = element.textFrom;
   fRunFrom = element.textFrom;

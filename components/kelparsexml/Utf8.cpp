@@ -36,7 +36,14 @@ char* Write(char32_t character, char* to) {
 }
 }  // namespace
 
+// Almost every text is ASCII, so it is copied as such first, many units at a time.
 char* WriteUtf8(const char16_t* text, std::size_t size, char* to) noexcept {
+  unsigned bits = 0;
+  for (std::size_t i = 0; i < size; ++i) {
+    bits |= text[i];
+    to[i] = static_cast<char>(text[i]);
+  }
+  if (bits < 0x80) return to + size;
   const char16_t* const end = text + size;
   while (text != end) {
     if (*text < 0x80) {
