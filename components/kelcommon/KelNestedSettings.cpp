@@ -31,7 +31,7 @@ int CompareValues(const IKelSettingValue* left, const IKelSettingValue* right) {
 // -1, 0 or 1.
 int CompareSettings(const KelSetting& left, const KelSetting& right) {
   if (const int texts = left.GetText().compare(right.GetText()); texts != 0) return texts < 0 ? -1 : 1;
-  return CompareValues(left.GetValue(), right.GetValue());
+  return CompareValues(left.ReadValue(), right.ReadValue());
 }
 
 int CompareOfOneName(const std::string& name, const KelSettings& left, const KelSettings& right) {

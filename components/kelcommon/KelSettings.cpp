@@ -24,7 +24,7 @@ std::unique_ptr<KelSetting> ValueSetting(const std::string& name, const T& value
 // The value object of a setting if it is of the class V, else null.
 template <typename V>
 const V* ValueAs(const KelSetting& setting) {
-  return dynamic_cast<const V*>(setting.GetValue());
+  return dynamic_cast<const V*>(setting.ReadValue());
 }
 
 bool ReadBool(const KelSetting& setting, bool& value) {
@@ -41,20 +41,36 @@ bool ReadBool(const KelSetting& setting, bool& value) {
 }  // namespace
 
 KelSetting::KelSetting(std::string name, std::string text, std::unique_ptr<IKelSettingValue> value)
-    : fName(std::move(name)), fText(std::move(text)), fValue(std::move(value)) {}
+    : fName(std::move(name)), fText(std::move(text)), fGiven(std::move(value)) {}
 
-KelSetting::KelSetting(const KelSetting& other)
-    : fName(other.fName), fText(other.fText), fValue(other.fValue ? other.fValue->Clone() : nullptr) {}
+// Whoever was handed a value may change it, so that one is copied.
+KelSetting::KelSetting(const KelSetting& other) : fName(other.fName), fText(other.fText), fGiven(other.fGiven) {
+  if (const IKelSettingValue* const changeable = other.fHandedOut.load()) fGiven.reset(changeable->Clone());
+}
 
 KelSetting& KelSetting::operator=(const KelSetting& other) {
   KelSetting copy(other);
   fName.swap(copy.fName);
   fText.swap(copy.fText);
-  fValue.swap(copy.fValue);
+  fGiven.swap(copy.fGiven);
+  delete fHandedOut.exchange(nullptr);
   return *this;
 }
 
-KelSetting::~KelSetting() = default;
+KelSetting::~KelSetting() { delete fHandedOut.load(); }
+
+// Several threads may read one setting, and each of them may be the first to ask.
+IKelSettingValue* KelSetting::GetValue() const {
+  IKelSettingValue* handedOut = fHandedOut.load();
+  if (handedOut != nullptr || fGiven == nullptr) return handedOut;
+  std::unique_ptr<IKelSettingValue> mine(fGiven->Clone());
+  return fHandedOut.compare_exchange_strong(handedOut, mine.get()) ? mine.release() : handedOut;
+}
+
+const IKelSettingValue* KelSetting::ReadValue() const noexcept {
+  const IKelSettingValue* const handedOut = fHandedOut.load();
+  return handedOut != nullptr ? handedOut : fGiven.get();
+}
 
 KelSettings::KelSettings() = default;
 
@@ -151,7 +167,7 @@ std::vector<KelSetting*> KelSettings::GetSettingByName(const std::string& name) 
 
 bool KelSettings::GetSettingValByName(const std::string& name, std::string& value) const {
   for (const KelSetting* const setting : GetSettingByName(name)) {
-    if (setting->GetValue() != nullptr) continue;
+    if (setting->ReadValue() != nullptr) continue;
     value = setting->GetText();
     return true;
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <string>
@@ -18,6 +19,9 @@ inline constexpr bool kTurnsIntoBool = std::is_arithmetic_v<T> || std::is_enum_v
                                        (std::is_pointer_v<T> && !std::is_convertible_v<T, const char*>);
 
 /// One setting: a name with either a plain text or a value object, which it owns.
+///
+/// Copies share the value as it was given until a caller asks for it with `GetValue`: the members of a large ensemble
+/// each have the host's settings, with its lists of files and identifiers. No caller sees that.
 class KEL_EXPORT KelSetting {
  public:
   KelSetting(std::string name, std::string text, std::unique_ptr<IKelSettingValue> value);
@@ -28,13 +32,16 @@ class KEL_EXPORT KelSetting {
   [[nodiscard]] const std::string& GetName() const noexcept { return fName; }
   /// The plain text; empty for a setting with a value object.
   [[nodiscard]] const std::string& GetText() const noexcept { return fText; }
-  /// The value object, null for a plain text. The setting owns it.
-  [[nodiscard]] IKelSettingValue* GetValue() const noexcept { return fValue.get(); }
+  /// The value object, null for a plain text. The setting owns it; a change of it shows in this setting only.
+  [[nodiscard]] IKelSettingValue* GetValue() const;
+  /// The same for reading only. A later `GetValue` may give another, equal object.
+  [[nodiscard]] const IKelSettingValue* ReadValue() const noexcept;
 
  private:
   std::string fName;
   std::string fText;
-  std::unique_ptr<IKelSettingValue> fValue;
+  std::shared_ptr<const IKelSettingValue> fGiven;               // never changes
+  mutable std::atomic<IKelSettingValue*> fHandedOut = nullptr;  // owned; takes the place of what was given
 };
 
 /// Named settings in the order of their adding; a name may stand several times. Copies are deep.

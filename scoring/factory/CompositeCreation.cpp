@@ -25,7 +25,7 @@ using Key = ScoringSplitModel::Key;
 std::optional<Key> FindKey(const KelSettings& description, const std::string& id) {
   const auto entries = description.GetSettingByName(id);
   if (entries.size() != 1 || entries.front() == nullptr) return std::nullopt;
-  const IKelSettingValue* value = entries.front()->GetValue();
+  const IKelSettingValue* value = entries.front()->ReadValue();
   if (const auto* key = dynamic_cast<const KelVecValue<Value>*>(value)) return key->fValue;
   if (const auto* texts = dynamic_cast<const KelVecValue<std::string>*>(value)) {
     return Key(texts->fValue.begin(), texts->fValue.end());

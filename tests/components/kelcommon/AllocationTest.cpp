@@ -3,6 +3,7 @@
 #include <new>
 #include <string>
 
+#include "scoring/common/KelSettings.h"
 #include "scoring/common/KelVarList.h"
 #include "scoring/common/Value.h"
 #include "scoring/common/ValueRecord.h"
@@ -100,6 +101,12 @@ TEST(AllocationTest, CompositeOutput_WrittenAnew_SettlesDown) {
             }),
             0);
   EXPECT_EQ(output[0].Members()->Size(), 3);
+}
+
+TEST(AllocationTest, CopiesOfSettings_ShareLists) {
+  KelXML_1_3::KelSettings settings;
+  settings.AddSetting("files", std::vector<std::string>(1000, kLongText), true);
+  EXPECT_LT(Count([&settings] { const KelXML_1_3::KelSettings copy(settings); }), 20);
 }
 
 // A value that is added when memory runs out comes whole or not at all, and can be added again.

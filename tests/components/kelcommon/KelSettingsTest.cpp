@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "scoring/common/KelSettings.h"
@@ -141,6 +143,45 @@ TEST(KelSettingsTest, Copy_IsDeep) {
     Names texts;
     EXPECT_TRUE(each->GetSettingValByName("texts", texts));
     EXPECT_EQ(texts, Names{"a"});
+  }
+}
+
+// Copies share a value until somebody asks for it, which mustn't show.
+TEST(KelSettingsTest, ChangedValue_ShowsInItsSettingAndLaterCopies) {
+  const auto list = [](const KelSettings& settings) -> Names& {
+    return dynamic_cast<KelVecValue<std::string>&>(*settings.GetSettingByName("texts")[0]->GetValue()).fValue;
+  };
+  const auto read = [](const KelSettings& settings) {
+    Names texts;
+    settings.GetSettingValByName("texts", texts);
+    return texts;
+  };
+  KelSettings first;
+  first.AddSetting("texts", Names{"a"}, false);
+  KelSettings second(first);
+  list(second)[0] = "b";
+  const KelSettings third(second);
+  list(second)[0] = "c";
+  EXPECT_EQ(&list(second), &list(second));
+  EXPECT_EQ(read(first), Names{"a"});
+  EXPECT_EQ(read(second), Names{"c"});
+  EXPECT_EQ(read(third), Names{"b"});
+  KelSetting assigned = *third.GetSettingByName("texts")[0];
+  assigned = *second.GetSettingByName("texts")[0];
+  EXPECT_TRUE(*assigned.GetValue() == *second.GetSettingByName("texts")[0]->GetValue());
+}
+
+TEST(KelSettingsTest, ValueAskedForByManyThreads_IsOne) {
+  KelSettings settings;
+  settings.AddSetting("texts", Names(1000, "a text"), false);
+  for (int round = 0; round < 20; ++round) {
+    const KelSettings copy(settings);
+    std::vector<const IKelSettingValue*> values(4);
+    std::vector<std::thread> threads;
+    for (const IKelSettingValue*& value : values)
+      threads.emplace_back([&copy, &value] { value = copy.GetSettingByName("texts")[0]->GetValue(); });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(std::count(values.begin(), values.end(), values[0]), 4);
   }
 }
 
