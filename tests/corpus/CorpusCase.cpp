@@ -137,7 +137,9 @@ ExpectedColumn FindColumn(const std::string& column, const CorpusCase& corpusCas
   if (column == "@predictedValue") return {Const::kOutputPrediction, ""};
   if (column == "@probability") return {Const::kOutputProbability, ""};
   if (column == "@confidence") return {Const::kOutputConfidence, ""};
-  if (column == "@entityId") return {Const::kOutputTreeNodeid, ""};
+  for (const char* key : {Const::kOutputTreeNodeid, Const::kOutputRulesetIdfire}) {
+    if (column == "@entityId" && offered.Contains(key)) return {key, ""};
+  }
   throw std::runtime_error("the model offers nothing for the column " + column);
 }
 

@@ -16,8 +16,8 @@ using KelCommon_1_3::Value;
 using KelCommon_1_3::ValueRecord;
 
 // Kinds of model that the default plug-in scores.
-constexpr const char* kServedKinds[] = {"GeneralRegressionModel", "MiningModel", "NaiveBayesModel", "RegressionModel",
-                                        "TreeModel"};
+constexpr const char* kServedKinds[] = {"GeneralRegressionModel", "MiningModel",  "NaiveBayesModel",
+                                        "RegressionModel",        "RuleSetModel", "TreeModel"};
 
 // Cases of the served kinds that are refused all the same, with a part of the reason.
 struct Refusal {

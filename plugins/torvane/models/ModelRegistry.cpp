@@ -3,6 +3,7 @@
 #include "plugins/torvane/models/MiningModel.h"
 #include "plugins/torvane/models/NaiveBayesModel.h"
 #include "plugins/torvane/models/RegressionModel.h"
+#include "plugins/torvane/models/RuleSetModel.h"
 #include "plugins/torvane/models/TreeModel.h"
 
 namespace Torvane {
@@ -17,6 +18,7 @@ const ModelKind kKinds[] = {
     {"MiningModel", MiningModel::Build, {kNumber, kCategory, kCluster}},
     {"NaiveBayesModel", NaiveBayesModel::Build, {kCategory}},
     {"RegressionModel", RegressionModel::Build, {kNumber, kCategory}},
+    {"RuleSetModel", RuleSetModel::Build, {kNumber, kCategory}},
     {"TreeModel", TreeModel::Build, {kNumber, kCategory}},
 };
 

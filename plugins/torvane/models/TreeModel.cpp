@@ -1,73 +1,12 @@
 #include "plugins/torvane/models/TreeModel.h"
 
 #include <algorithm>
-#include <charconv>
 
 #include "scoring/common/KelScoringConst.h"
 
 namespace Torvane {
 
-using KelCommon_1_3::Value;
 using KelTransformNS::Cell;
-
-// --- Identifiers ---
-
-namespace {
-
-constexpr std::size_t kLongestNumber = 10;
-
-// The number that a text writes in its shortest form.
-std::optional<std::uint32_t> CanonicalNumber(std::string_view text) {
-  std::uint32_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  const bool isWhole = error == std::errc() && end == text.data() + text.size() && text[0] != '+';
-  return isWhole && (text[0] != '0' || text.size() == 1) ? std::optional(number) : std::nullopt;
-}
-
-void WriteNumber(std::uint32_t number, Value& value) {
-  char text[kLongestNumber + 1];
-  *std::to_chars(text, text + kLongestNumber, number).ptr = '\0';
-  value = text;
-}
-
-}  // namespace
-
-void NodeIds::Assign(const std::vector<std::optional<std::string_view>>& ids) {
-  fNumbers.reserve(ids.size());
-  for (const std::optional<std::string_view>& id : ids) {
-    const auto position = static_cast<std::uint32_t>(fNumbers.size() + 1);
-    const std::optional<std::uint32_t> number = id ? CanonicalNumber(*id) : position;
-    if (!number) break;
-    fNumbers.push_back(*number);
-  }
-  if (fNumbers.size() == ids.size()) return DropConsecutive();
-  fNumbers = {};
-  for (std::size_t i = 0; i < ids.size(); ++i) {
-    fTexts += ids[i] ? std::string(*ids[i]) : std::to_string(i + 1);
-    fEnds.push_back(static_cast<std::uint32_t>(fTexts.size()));
-  }
-  fTexts.shrink_to_fit();
-  fEnds.shrink_to_fit();
-}
-
-void NodeIds::DropConsecutive() {
-  fFirst = fNumbers.empty() ? 0 : fNumbers[0];
-  for (std::uint32_t node = 0; node < fNumbers.size(); ++node) {
-    if (fNumbers[node] != fFirst + node) return;
-  }
-  fNumbers = {};
-}
-
-void NodeIds::Write(std::uint32_t node, Value& value) const {
-  if (!fNumbers.empty()) return WriteNumber(fNumbers[node], value);
-  if (fEnds.empty()) return WriteNumber(fFirst + node, value);
-  const std::uint32_t begin = node == 0 ? 0 : fEnds[node - 1];
-  thread_local std::string text;  // keeps its buffer, as the value does
-  text.assign(fTexts, begin, fEnds[node] - begin);
-  value = text;
-}
-
-// --- Evaluation ---
 
 std::span<const KindOutput> TreeModel::KindOutputs() const noexcept {
   static constexpr KindOutput kOutputs[] = {{KelScoring_20::KelScoringConst::kOutputTreeNodeid, Feature::kEntityId}};

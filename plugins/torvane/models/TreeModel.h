@@ -3,32 +3,15 @@
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <string>
 #include <vector>
 
 #include "plugins/torvane/fields/FieldScope.h"
+#include "plugins/torvane/models/EntityIds.h"
 #include "plugins/torvane/models/ModelBody.h"
 #include "plugins/torvane/predicates/Predicate.h"
 #include "plugins/torvane/targets/Target.h"
 
 namespace Torvane {
-
-/// The identifiers of a tree's nodes. Almost all trees number their nodes; numbers take four bytes, and none at all if
-/// they count the nodes.
-class NodeIds {
- public:
-  /// `ids` in the order of the nodes; one that is absent becomes the node's position from 1.
-  void Assign(const std::vector<std::optional<std::string_view>>& ids);
-  void Write(std::uint32_t node, KelCommon_1_3::Value& value) const;
-
- private:
-  void DropConsecutive();
-
-  std::uint32_t fFirst = 0;  // the number of the root if those of the others follow, and nothing else is stored
-  std::vector<std::uint32_t> fNumbers;
-  std::vector<std::uint32_t> fEnds;  // of each text in fTexts, if not all ids are numbers
-  std::string fTexts;
-};
 
 /// A decision or regression tree.
 ///
@@ -118,7 +101,7 @@ class TreeModel final : public ModelBody {
   PredicateTable fPredicates;
   std::vector<Node> fNodes;
   std::vector<double> fScores;  // of a regression
-  NodeIds fIds;
+  EntityIds fIds;
 
   // Score distributions: the entries of node i begin at fFirstEntry[i] and end at fFirstEntry[i + 1]. Empty without
   // any.

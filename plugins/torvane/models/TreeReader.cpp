@@ -136,14 +136,7 @@ TreeReader::OpenNode TreeReader::AddNode(const Element& element) {
 }
 
 void TreeReader::ReadPredicate(const Element& element) {
-  Element predicate;
-  for (Element child = element.FirstChild(); child; child = child.NextSibling()) {
-    if (!PredicateCompiler::IsPredicate(child)) continue;
-    if (predicate) throw child.Error("is a second predicate of its node");
-    predicate = child;
-  }
-  if (!predicate) throw element.Error("has no predicate");
-  fTree->fNodes.back().test = fPredicates.Compile(predicate);
+  fTree->fNodes.back().test = fPredicates.CompileChild(element);
   Normalize(fTree->fNodes.back().test);
 }
 

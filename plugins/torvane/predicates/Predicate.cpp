@@ -160,6 +160,17 @@ Test PredicateCompiler::Compile(const Element& predicate) {
   return predicate.Is("CompoundPredicate") ? CompileCompound(predicate) : CompileLeaf(predicate);
 }
 
+Test PredicateCompiler::CompileChild(const Element& parent) {
+  Element predicate;
+  for (Element child = parent.FirstChild(); child; child = child.NextSibling()) {
+    if (!IsPredicate(child)) continue;
+    if (predicate) throw child.Error("is a second predicate of its <" + std::string(parent.Name()) + ">");
+    predicate = child;
+  }
+  if (!predicate) throw parent.Error("has no predicate");
+  return Compile(predicate);
+}
+
 Test PredicateCompiler::CompileLeaf(const Element& predicate) {
   if (predicate.Is("SimplePredicate")) return CompileSimple(predicate);
   if (predicate.Is("SimpleSetPredicate")) return CompileSet(predicate);

@@ -130,6 +130,8 @@ class PredicateCompiler {
   [[nodiscard]] static bool IsPredicate(const Element& element) noexcept;
   /// Throws `PmmlError` for an unknown field, operator or element, a missing or impossible value.
   Test Compile(const Element& predicate);
+  /// The same for the one predicate among the children of an element. Throws as well if there are none or two.
+  Test CompileChild(const Element& parent);
 
  private:
   using Connective = PredicateTable::Connective;

@@ -54,6 +54,24 @@ TEST(Score, OfRegressionsInTheSteadyState_AllocatesNothing) {
         </RegressionTable><RegressionTable intercept="0" targetCategory="no"/>)")});
 }
 
+TEST(Score, OfNaiveBayesAndRuleSetsInTheSteadyState_AllocatesNothing) {
+  ExpectNoAllocation({.kind = "NaiveBayesModel",
+                      .attributes = R"(threshold="0.001")",
+                      .body = kOutputs + std::string(R"(<BayesInputs><BayesInput fieldName="s"><PairCounts value="a">
+        <TargetValueCounts><TargetValueCount value="yes" count="1"/></TargetValueCounts></PairCounts></BayesInput>
+        <BayesInput fieldName="x"><TargetValueStats><TargetValueStat value="yes"><PoissonDistribution mean="1"/>
+        </TargetValueStat></TargetValueStats></BayesInput></BayesInputs><BayesOutput fieldName="y"><TargetValueCounts>
+        <TargetValueCount value="yes" count="3"/></TargetValueCounts></BayesOutput>)")});
+  for (const char* criterion : {"firstHit", "weightedMax", "weightedSum"}) {
+    ExpectNoAllocation(
+        {.kind = "RuleSetModel",
+         .body = kOutputs + std::string("<RuleSet><RuleSelectionMethod criterion=\"") + criterion + R"("/>
+        <SimpleRule id="a long identifier of a rule, too long for a short string" score="yes" confidence="0.5">
+        <SimplePredicate field="s" operator="equal" value="a"/></SimpleRule>
+        <SimpleRule score="no"><SimplePredicate field="x" operator="lessThan" value="0"/></SimpleRule></RuleSet>)"});
+  }
+}
+
 // More fields than a frame on the stack holds.
 TEST(Score, OfALargeModelInTheSteadyState_AllocatesNothing) {
   Document document{.kind = "RegressionModel", .function = "regression"};

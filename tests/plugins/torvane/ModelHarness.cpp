@@ -16,7 +16,8 @@ namespace {
 
 // The first of the known kinds behind the dictionary.
 std::string FindKind(const std::string& text) {
-  for (const char* kind : {"TreeModel", "RegressionModel", "MiningModel", "NeuralNetwork", "NaiveBayesModel"}) {
+  for (const char* kind :
+       {"TreeModel", "RegressionModel", "MiningModel", "NeuralNetwork", "NaiveBayesModel", "RuleSetModel"}) {
     if (text.find(std::string("<") + kind) != std::string::npos) return kind;
   }
   return "";
