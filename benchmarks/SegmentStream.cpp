@@ -1,9 +1,10 @@
-// Reading a large ensemble a segment at a time, every number of it included: time against bare SAX2 passes that parse
-// the same numbers, and memory against the document's size.
+// Reading a large ensemble a segment at a time, every number of it included, and making a model of it: time against
+// bare SAX2 passes that parse the same numbers, and memory against the document's size.
 
 #include <benchmark/benchmark.h>
 #include <charconv>
 #include <cmath>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,6 +12,7 @@
 
 #include "benchmarks/Allocations.h"
 #include "benchmarks/BareSax2.h"
+#include "benchmarks/Documents.h"
 #include "benchmarks/ForestDocument.h"
 #include "benchmarks/MemoryStream.h"
 #include "components/kelparsexml/SegmentCursor.h"
@@ -122,6 +124,25 @@ void Read(benchmark::State& state) {
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * Document().size()));
 }
 
+// From the document to a model that is ready to score.
+void Load(benchmark::State& state) {
+  KelScoring_20::ScoringFactory keepsPlatformUp;
+  const auto size = static_cast<double>(Document().size());
+  for (auto _ : state) {
+    const std::size_t before = Allocations::Held();
+    Allocations::ResetPeak();
+    MemoryStream text(Document());
+    KelScoring_20::ScoringFactory factory;
+    KelXML_1_3::KelSettings settings = Documents::Settings(Documents::PlugIn("torvane"));
+    if (factory.CreateScoringModel(settings, text) == nullptr) state.SkipWithError("no model");
+    const std::unique_ptr<KelScoring_20::ScoringModel> model(factory.Detach());
+    state.counters["peak/document"] = static_cast<double>(Allocations::Peak() - before) / size;
+    state.counters["model/document"] = static_cast<double>(Allocations::Held() - before) / size;
+  }
+  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * Document().size()));
+}
+
+BENCHMARK(Load)->Name("Read50MB/model")->Unit(benchmark::kMillisecond);
 BENCHMARK(Read<ReadStream>)->Name("Read50MB/stream")->Unit(benchmark::kMillisecond);
 BENCHMARK(Read<ReadTree>)->Name("Read50MB/tree")->Unit(benchmark::kMillisecond);
 BENCHMARK(Read<ReadBare<Scanner::kDefault>>)->Name("Read50MB/limit_sax2_numbers")->Unit(benchmark::kMillisecond);

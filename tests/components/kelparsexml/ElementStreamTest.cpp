@@ -128,8 +128,11 @@ TEST_P(SegmentCursorTest, StreamAndTreeAndDom_GiveSameSegments) {
   std::istringstream text(document);
   const auto stream = ElementStream::Open(text, kModel);
   EXPECT_EQ(Walk(SegmentCursor(FindSegmentation(stream->Root()), stream.get())), segments);
-  EXPECT_EQ(Walk(SegmentCursor(FindSegmentation(ReadTree(document, kModel)->Root()))), segments);
-  EXPECT_EQ(Walk(SegmentCursor(FindSegmentation(ReadDom(document, kModel)->Root()))), segments);
+  for (const auto& tree : {ReadTree(document, kModel), ReadDom(document, kModel)}) {
+    const Element segmentation = FindSegmentation(tree->Root());
+    EXPECT_EQ(Walk(SegmentCursor(segmentation)), segments);
+    EXPECT_EQ(FindSegmentation(stream->Root()).Text(), segmentation.Text());
+  }
 }
 
 std::string Ensemble(const std::string& segmentation) {
@@ -141,6 +144,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         CursorCase{"all", kEnsemble, kSegments},
         CursorCase{"one", Ensemble("<Segmentation><Segment/></Segmentation>"), {"Segment"}},
+        CursorCase{"white_space", Ensemble("<Segmentation>\n<Segment> </Segment>\n</Segmentation>"), {"Segment' '"}},
         CursorCase{"no_segment", Ensemble("<Segmentation><Extension/></Segmentation>"), {}},
         CursorCase{"empty", Ensemble("<Segmentation/><Segmentation><Segment/></Segmentation>"), {}},
         CursorCase{"no_segmentation", Ensemble("<Segment/>"), {}},
