@@ -166,16 +166,10 @@ void MiningModel::RunChain(Frame frame, Prediction& prediction) const {
 
 // --- Combination ---
 
-// Fields that the first tree needs serve all trees: none needs more of its own.
-void MiningModel::PrepareTrees(Frame frame) const noexcept {
-  if (fSegments[0].hasDerived) fSegments[0].derived.Run(frame);
-}
-
 // Adds up by category what the trees say. False if there is no such layout, or a value that it needs is missing: the
 // segments then run one by one.
 bool MiningModel::AddUpTrees(Frame frame, Prediction& prediction) const noexcept {
   if (fTrees == nullptr) return false;
-  PrepareTrees(frame);
   std::fill_n(prediction.probabilities, fCategoryCount, 0.0);
   if (!fTrees->AddUp(frame.data(), prediction.scratch, prediction.probabilities)) return false;
   for (std::uint32_t i = 0; i < fCategoryCount; ++i) prediction.probabilities[i] /= fTreeWeight;
@@ -184,13 +178,10 @@ bool MiningModel::AddUpTrees(Frame frame, Prediction& prediction) const noexcept
 }
 
 void MiningModel::CombineNumbers(Frame frame, Prediction& prediction) const {
-  if (fTrees != nullptr) {
-    PrepareTrees(frame);
-    if (fTrees->Sum(frame.data(), prediction.scratch, prediction.number)) {
-      if (fMethod == Method::kAverage) prediction.number /= fTreeWeight;
-      prediction.outcome = Outcome::kValue;
-      return;
-    }
+  if (fTrees != nullptr && fTrees->Sum(frame.data(), prediction.scratch, prediction.number)) {
+    if (fMethod == Method::kAverage) prediction.number /= fTreeWeight;
+    prediction.outcome = Outcome::kValue;
+    return;
   }
   double* const values = prediction.scratch;
   double* const weights = values + fSegments.size();

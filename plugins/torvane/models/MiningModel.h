@@ -19,9 +19,8 @@ namespace Torvane {
 /// An ensemble: models, each with a predicate that says whether it takes part, and the method that makes one result of
 /// theirs.
 ///
-/// All models work on one frame. The segments run in document order. Before a segment is looked at, those derived
-/// fields of the ensemble are computed that it is the first to need, so that they may use the outputs of the segments
-/// before it.
+/// All models work on one frame. The segments run in document order. Derived fields of the ensemble that may use the
+/// outputs of segments, or that a segment needs which may not run, are computed when it is this segment's turn.
 class MiningModel final : public ModelBody {
  public:
   static std::unique_ptr<ModelBody> Build(const Element& model, FieldScope& scope, Target& target);
@@ -55,7 +54,7 @@ class MiningModel final : public ModelBody {
   enum class MissingTreatment : std::uint8_t { kContinue, kSkipSegment, kReturnMissing };
 
   struct Segment {
-    KelTransformNS::Program derived;  // fields of the ensemble that no segment before it needed
+    KelTransformNS::Program derived;  // fields of the ensemble that are computed when it is this segment's turn
     bool hasDerived = false;
     std::vector<std::uint32_t> derivedSlots;  // that the predicate reads
     Test predicate;
@@ -89,7 +88,6 @@ class MiningModel final : public ModelBody {
   void SelectAll(KelTransformNS::Frame frame, Prediction& prediction) const;
   void RunChain(KelTransformNS::Frame frame, Prediction& prediction) const;
   void CombineNumbers(KelTransformNS::Frame frame, Prediction& prediction) const;
-  void PrepareTrees(KelTransformNS::Frame frame) const noexcept;
   bool AddUpTrees(KelTransformNS::Frame frame, Prediction& prediction) const noexcept;
   void Vote(KelTransformNS::Frame frame, Prediction& prediction) const;
   void AverageProbabilities(KelTransformNS::Frame frame, Prediction& prediction) const;

@@ -177,12 +177,28 @@ void MiningReader::ReadMissingTreatment(const Element& segmentation) {
 void MiningReader::ReadSegment(const Element& element) {
   AddId(element);
   Segment segment;
-  segment.predicate = fPredicates.Compile(OnlyChild(element, IsPredicate, "predicate"));
+  const Element predicate = OnlyChild(element, IsPredicate, "predicate");
+  SeparateDerivedFields(predicate);
+  segment.predicate = fPredicates.Compile(predicate);
   ReadWeight(element, segment);
-  segment.derivedSlots = fScope.TakeDerivedSlots();
+  if (!fComputesAtOnce) segment.derivedSlots = fScope.TakeDerivedSlots();
   const auto asked = fAsked.find(fModel->fIds.back());
   AddModel(OnlyChild(element, IsModel, "model"), asked == fAsked.end() ? std::vector<Element>() : asked->second,
            std::move(segment));
+}
+
+// While all segments take part in each record and none has outputs, which a derived field might use, the ensemble
+// computes the fields of all of them together. From the first other segment on each computes those that are new.
+void MiningReader::SeparateDerivedFields(const Element& predicate) {
+  const bool atOnce = fComputesAtOnce && predicate.Is("True") && fModel->fMethod != Method::kSelectFirst &&
+                      fScope.SegmentOutputs().empty();
+  if (fComputesAtOnce && !atOnce && !fModel->fSegments.empty()) {
+    Segment& first = fModel->fSegments.front();
+    first.derived = fScope.Compiler().Finish();
+    first.hasDerived = !first.derived.IsEmpty();
+    first.derivedSlots = fScope.TakeDerivedSlots();
+  }
+  fComputesAtOnce = atOnce;
 }
 
 // Without an identifier a segment has its position, from 1 on.
@@ -205,8 +221,10 @@ void MiningReader::AddModel(const Element& element, const std::vector<Element>& 
   CheckFunction(element, segment);
   segment.givesResult = segment.model->GetTarget().Function() == fTarget.Function();
   if (segment.givesResult && !fTarget.IsNumeric()) MapCategories(element, segment);
-  segment.derived = fScope.Compiler().Finish();
-  segment.hasDerived = !segment.derived.IsEmpty();
+  if (!fComputesAtOnce) {
+    segment.derived = fScope.Compiler().Finish();
+    segment.hasDerived = !segment.derived.IsEmpty();
+  }
   fModel->fPartNumbers = std::max(fModel->fPartNumbers, segment.model->NumberCount());
   fModel->fSegments.push_back(std::move(segment));
 }
@@ -241,6 +259,7 @@ void MiningReader::ReadComposition() {
     if (!IsComposed(child)) continue;
     Segment segment;
     segment.predicate.kind = TestKind::kAlways;
+    fComputesAtOnce = false;
     fModel->fIds.push_back(std::to_string(fModel->fSegments.size() + 1));
     AddModel(child, {}, std::move(segment));
   }
@@ -286,7 +305,7 @@ void MiningReader::LayOutTrees() {
   double weights = 0.0;
   for (const Segment& segment : model.fSegments) {
     const bool isPlain = segment.predicate.kind == TestKind::kAlways && segment.weightSlot == Prediction::kNone &&
-                         segment.derivedSlots.empty() && (members.empty() || !segment.hasDerived);
+                         segment.derivedSlots.empty() && !segment.hasDerived;
     if (!isPlain) return;
     const double weight = model.fIsWeighted ? segment.weight : 1.0;
     members.push_back({dynamic_cast<const TreeModel*>(segment.model->BareBody()), weight, &segment.categories});

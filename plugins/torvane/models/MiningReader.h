@@ -37,6 +37,7 @@ class MiningReader {
   void Conclude();
   void LayOutTrees();
 
+  void SeparateDerivedFields(const Element& predicate);
   [[nodiscard]] bool IsSelection() const noexcept;
 
   const Element fElement;
@@ -46,6 +47,7 @@ class MiningReader {
   PredicateCompiler fPredicates;
   NameMap<std::vector<Element>> fAsked;  // output fields of the ensemble that ask a segment, by the segment's id
   NameMap<bool> fKnownIds;
+  bool fComputesAtOnce = true;  // the derived fields of all segments so far, before the first one
 };
 
 }  // namespace Torvane

@@ -14,13 +14,19 @@ namespace {
 
 [[maybe_unused]] const auto* const kPlatform = KelTest::XmlPlatform::KeepUp();
 
-// The first of the known kinds behind the dictionary.
+// The kind whose element comes first: another one may stand inside it.
 std::string FindKind(const std::string& text) {
+  std::string first;
+  std::size_t position = std::string::npos;
   for (const char* kind :
-       {"TreeModel", "RegressionModel", "MiningModel", "NeuralNetwork", "NaiveBayesModel", "RuleSetModel"}) {
-    if (text.find(std::string("<") + kind) != std::string::npos) return kind;
+       {"ClusteringModel", "GeneralRegressionModel", "MiningModel", "NaiveBayesModel", "NearestNeighborModel",
+        "NeuralNetwork", "RegressionModel", "RuleSetModel", "SupportVectorMachineModel", "TreeModel"}) {
+    const std::size_t found = text.find(std::string(1, '<').append(kind));
+    if (found >= position) continue;
+    position = found;
+    first = kind;
   }
-  return "";
+  return first;
 }
 
 }  // namespace
