@@ -2,7 +2,7 @@
 #include <bit>
 #include <limits>
 
-#include "plugins/torvane/models/TreeLayout.h"
+#include "plugins/torvane/models/PlainTrees.h"
 
 namespace Torvane {
 namespace {
@@ -34,7 +34,7 @@ template <typename Mask>
 class MaskedTrees final : public LeafFinder {
  public:
   MaskedTrees(const PlainTrees& trees, const std::vector<Cut>& cuts, std::vector<std::vector<double>> limits);
-  void Find(const double* numbers, std::uint32_t* leaves) const noexcept override;
+  void Find(const double* features, std::uint32_t* leaves) const noexcept override;
 
  private:
   static constexpr std::size_t kPadding = 16 / sizeof(Mask);  // rows are whole vectors of the machine
@@ -88,11 +88,11 @@ MaskedTrees<Mask>::MaskedTrees(const PlainTrees& trees, const std::vector<Cut>& 
 
 // Blocks of trees, so that the masks stay in registers from feature to feature.
 template <typename Mask>
-void MaskedTrees<Mask>::Find(const double* numbers, std::uint32_t* leaves) const noexcept {
+void MaskedTrees<Mask>::Find(const double* features, std::uint32_t* leaves) const noexcept {
   constexpr std::size_t kMostFeatures = 64;
   const Mask* rows[kMostFeatures];
   const std::size_t featureCount = fFeatures.size();
-  for (std::size_t i = 0; i < featureCount; ++i) rows[i] = RowOf(fFeatures[i], numbers[fFeatures[i].feature]);
+  for (std::size_t i = 0; i < featureCount; ++i) rows[i] = RowOf(fFeatures[i], features[fFeatures[i].feature]);
   for (std::size_t first = 0; first < fStride; first += kPadding) {
     Mask masks[kPadding];
     for (std::size_t i = 0; i < kPadding; ++i) masks[i] = rows[0][first + i];

@@ -168,10 +168,10 @@ void MiningModel::RunChain(Frame frame, Prediction& prediction) const {
 
 // Adds up by category what the trees say. False if there is no such layout, or a value that it needs is missing: the
 // segments then run one by one.
-bool MiningModel::AddUpTrees(Frame frame, Prediction& prediction) const noexcept {
+bool MiningModel::AddUpTrees(Frame frame, Prediction& prediction) const {
   if (fTrees == nullptr) return false;
   std::fill_n(prediction.probabilities, fCategoryCount, 0.0);
-  if (!fTrees->AddUp(frame.data(), prediction.scratch, prediction.probabilities)) return false;
+  if (!fTrees->AddUp(frame.data(), prediction.scratch, prediction.probabilities, fCategoryCount)) return false;
   for (std::uint32_t i = 0; i < fCategoryCount; ++i) prediction.probabilities[i] /= fTreeWeight;
   ConcludeByProbabilities(prediction);
   return true;

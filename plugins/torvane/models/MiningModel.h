@@ -88,7 +88,7 @@ class MiningModel final : public ModelBody {
   void SelectAll(KelTransformNS::Frame frame, Prediction& prediction) const;
   void RunChain(KelTransformNS::Frame frame, Prediction& prediction) const;
   void CombineNumbers(KelTransformNS::Frame frame, Prediction& prediction) const;
-  bool AddUpTrees(KelTransformNS::Frame frame, Prediction& prediction) const noexcept;
+  bool AddUpTrees(KelTransformNS::Frame frame, Prediction& prediction) const;
   void Vote(KelTransformNS::Frame frame, Prediction& prediction) const;
   void AverageProbabilities(KelTransformNS::Frame frame, Prediction& prediction) const;
   void CompareProbabilities(KelTransformNS::Frame frame, Prediction& prediction) const;
@@ -98,7 +98,7 @@ class MiningModel final : public ModelBody {
 
   PredicateTable fPredicates;
   std::vector<Segment> fSegments;
-  std::unique_ptr<const TreeEnsemble> fTrees;  // the segments once more, if all of them are plain trees
+  std::unique_ptr<const TreeEnsemble> fTrees;  // the segments once more, if all of them are trees
   double fTreeWeight = 0.0;                    // of all trees
   std::vector<std::string> fIds;
   std::vector<std::uint32_t> fOutputSlots;  // of the segments' outputs, missing until their segment runs

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <unordered_map>
+#include <limits>
 #include <utility>
 
-#include "plugins/torvane/models/TreeLayout.h"
+#include "plugins/torvane/models/PlainTrees.h"
 
 namespace Torvane {
 
@@ -13,66 +13,16 @@ using KelTransformNS::Cell;
 
 namespace {
 
-// Numbers the features and leaves of all trees.
-class PlainTreesBuilder {
- public:
-  void Add(const TreeModel& tree);
-  PlainTrees trees;
-  std::vector<std::uint32_t> slots;
-  std::vector<std::pair<std::uint32_t, std::uint32_t>> leaves;  // tree and node of each
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
- private:
-  std::uint32_t FeatureOf(std::uint32_t slot);
-
-  std::unordered_map<std::uint32_t, std::uint32_t> fFeatures;
-};
-
-std::uint32_t PlainTreesBuilder::FeatureOf(std::uint32_t slot) {
-  const auto [known, isNew] = fFeatures.emplace(slot, static_cast<std::uint32_t>(slots.size()));
-  if (isNew) slots.push_back(slot);
-  return known->second;
-}
-
-// Depth first, the child below before the one above, so that leaves get their numbers from the lowest on.
-void PlainTreesBuilder::Add(const TreeModel& tree) {
-  constexpr std::uint32_t kNoParent = Prediction::kNone;
-  struct Open {
-    std::uint32_t node;
-    std::uint32_t depth;
-    std::uint32_t parent;  // which wants to know the node's position
-    bool isBelow;
-  };
-  const auto index = static_cast<std::uint32_t>(trees.trees.size());
-  PlainTrees::Tree& told =
-      trees.trees.emplace_back(PlainTrees::Tree{static_cast<std::uint32_t>(trees.nodes.size()), trees.leafCount, 0, 0});
-  std::vector<Open> open{{0, 0, kNoParent, false}};
-  while (!open.empty()) {
-    const Open at = open.back();
-    open.pop_back();
-    const auto position = static_cast<std::uint32_t>(trees.nodes.size());
-    if (at.parent != kNoParent) (at.isBelow ? trees.nodes[at.parent].below : trees.nodes[at.parent].above) = position;
-    PlainTrees::Node& node = trees.nodes.emplace_back();
-    told.depth = std::max(told.depth, at.depth);
-    node.isLeaf = tree.IsLeaf(at.node);
-    if (node.isLeaf) {
-      node.leaf = trees.leafCount++;
-      leaves.emplace_back(index, at.node);
-      continue;
-    }
-    const TreeModel::Split split = tree.SplitOf(at.node);
-    node.feature = FeatureOf(split.slot);
-    node.limit = split.limit;
-    open.push_back({split.above, at.depth + 1, position, false});
-    open.push_back({split.below, at.depth + 1, position, true});
-  }
-  told.leafCount = trees.leafCount - told.firstLeaf;
-  trees.featureCount = static_cast<std::uint32_t>(slots.size());
-}
+// Every test is evaluated for each record, which a walk that meets few of them doesn't make good.
+bool TestsPay(std::size_t testCount, std::size_t treeCount) { return testCount <= 32 + 2 * treeCount; }
 
 double Rounded(double number, bool isSinglePrecision) noexcept {
   return isSinglePrecision ? static_cast<double>(static_cast<float>(number)) : number;
 }
 
+// Two shares of one category were added up before they are weighted, which may round in another way.
 bool HasTwice(const std::vector<std::pair<std::uint32_t, double>>& shares) {
   for (std::size_t i = 1; i < shares.size(); ++i) {
     for (std::size_t j = 0; j < i; ++j) {
@@ -88,56 +38,71 @@ std::unique_ptr<const TreeEnsemble> TreeEnsemble::TryBuild(const std::vector<Mem
                                                            bool isSinglePrecision) {
   PlainTreesBuilder builder;
   for (const Member& member : members) {
-    if (member.tree == nullptr || !member.tree->HasPlainSplits()) return nullptr;
+    if (member.tree == nullptr || !builder.Add(*member.tree)) return nullptr;
+    if (!TestsPay(builder.tests.size(), members.size())) return nullptr;
   }
-  for (const Member& member : members) builder.Add(*member.tree);
+  const PlainTrees trees = builder.Finish();
   std::unique_ptr<TreeEnsemble> ensemble(new TreeEnsemble);
   ensemble->fTreeCount = members.size();
-  ensemble->fSlots = std::move(builder.slots);
+  ensemble->fNumbers = std::move(builder.numbers);
+  ensemble->fTests = std::move(builder.tests);
   ensemble->fIsSinglePrecision = isSinglePrecision;
-  for (const auto& [index, leaf] : builder.leaves) {
-    const Member& member = members[index];
-    if (result == Result::kNumber) {
-      const double score = member.tree->ScoreOf(leaf);
-      if (std::isnan(score)) return nullptr;  // such a leaf ends the whole ensemble
-      ensemble->fFigures.push_back(
-          Rounded(Rounded(member.weight, isSinglePrecision) * Rounded(score, isSinglePrecision), isSinglePrecision));
-      continue;
-    }
-    const std::vector<std::uint32_t>& categories = *member.categories;
-    std::vector<std::pair<std::uint32_t, double>> shares = {{member.tree->CategoryOf(leaf), 1.0}};
-    if (result == Result::kShares) shares = member.tree->SharesOf(leaf);
-    if (HasTwice(shares)) return nullptr;
-    ensemble->fFirstEntry.push_back(static_cast<std::uint32_t>(ensemble->fFigures.size()));
-    for (const auto& [category, share] : shares) {
-      ensemble->fCategories.push_back(categories.empty() ? category : categories[category]);
-      ensemble->fFigures.push_back(member.weight * share);
-    }
+  for (const PlainTrees::Leaf& leaf : trees.leaves) {
+    if (!ensemble->AddFigures(members[leaf.tree], leaf.node, result)) return nullptr;
   }
   if (result != Result::kNumber) ensemble->fFirstEntry.push_back(static_cast<std::uint32_t>(ensemble->fFigures.size()));
   ensemble->fFigures.shrink_to_fit();
   ensemble->fFirstEntry.shrink_to_fit();
   ensemble->fCategories.shrink_to_fit();
-  ensemble->fFinder = TryMakeMaskedTrees(builder.trees);
-  if (ensemble->fFinder == nullptr) ensemble->fFinder = MakeWalkedTrees(builder.trees);
+  ensemble->fFinder = TryMakeMaskedTrees(trees);
+  if (ensemble->fFinder == nullptr) ensemble->fFinder = MakeWalkedTrees(trees);
   return ensemble;
 }
 
-bool TreeEnsemble::FindLeaves(const Cell* frame, double* scratch, const std::uint32_t*& leaves) const noexcept {
+bool TreeEnsemble::AddFigures(const Member& member, std::uint32_t node, Result result) {
+  const bool hasResult = node != PlainTrees::kNoNode;
+  if (result == Result::kNumber) {
+    const double score = hasResult ? Rounded(member.tree->ScoreOf(node), fIsSinglePrecision) : kNaN;
+    fFigures.push_back(Rounded(Rounded(member.weight, fIsSinglePrecision) * score, fIsSinglePrecision));
+    return true;
+  }
+  std::vector<std::pair<std::uint32_t, double>> shares = {{0, kNaN}};
+  if (hasResult && result == Result::kVote) shares = {{member.tree->CategoryOf(node), 1.0}};
+  if (hasResult && result == Result::kShares) shares = member.tree->SharesOf(node);
+  if (HasTwice(shares)) return false;
+  fFirstEntry.push_back(static_cast<std::uint32_t>(fFigures.size()));
+  for (const auto& [category, share] : shares) {
+    fCategories.push_back(member.categories->empty() ? category : (*member.categories)[category]);
+    fFigures.push_back(member.weight * share);
+  }
+  return true;
+}
+
+bool TreeEnsemble::FindLeaves(const Cell* frame, double* scratch, const std::uint32_t*& leaves) const {
   bool hasAll = true;
-  for (std::size_t i = 0; i < fSlots.size(); ++i) {
-    const Cell& cell = frame[fSlots[i]];
-    hasAll = hasAll && cell.state == Cell::kNumber;
-    scratch[i] = cell.number;
+  double* feature = scratch;
+  for (const NumberFeature& number : fNumbers) {
+    const Cell& cell = frame[number.slot];
+    const bool isNumber = cell.state == Cell::kNumber;
+    *feature = isNumber ? cell.number : number.ifMissing;
+    hasAll = hasAll && (isNumber || (cell.state == Cell::kMissing && !std::isnan(number.ifMissing)));
+    ++feature;
+  }
+  for (const TestFeature& test : fTests) {
+    bool surrogateUsed = false;
+    const Truth truth = test.predicates->Evaluate(test.test, frame, surrogateUsed);
+    hasAll = hasAll && (truth != Truth::kUnknown || (test.canBeUnknown && !frame[test.test.slot].IsInvalid()));
+    *feature++ = truth == Truth::kTrue ? 1.0 : 0.0;
   }
   if (!hasAll) return false;
-  auto* const found = reinterpret_cast<std::uint32_t*>(scratch + fSlots.size());
+  auto* const found = reinterpret_cast<std::uint32_t*>(feature);
   fFinder->Find(scratch, found);
   leaves = found;
   return true;
 }
 
-bool TreeEnsemble::Sum(const Cell* frame, double* scratch, double& sum) const noexcept {
+// NaN comes of a leaf without a result; the trees know what that means.
+bool TreeEnsemble::Sum(const Cell* frame, double* scratch, double& sum) const {
   const std::uint32_t* leaves = nullptr;
   if (!FindLeaves(frame, scratch, leaves)) return false;
   const double* const figures = fFigures.data();
@@ -145,15 +110,15 @@ bool TreeEnsemble::Sum(const Cell* frame, double* scratch, double& sum) const no
     float narrow = 0.0F;
     for (std::size_t tree = 0; tree < fTreeCount; ++tree) narrow += static_cast<float>(figures[leaves[tree]]);
     sum = narrow;
-    return true;
+  } else {
+    double wide = 0.0;
+    for (std::size_t tree = 0; tree < fTreeCount; ++tree) wide += figures[leaves[tree]];
+    sum = wide;
   }
-  double wide = 0.0;
-  for (std::size_t tree = 0; tree < fTreeCount; ++tree) wide += figures[leaves[tree]];
-  sum = wide;
-  return true;
+  return !std::isnan(sum);
 }
 
-bool TreeEnsemble::AddUp(const Cell* frame, double* scratch, double* sums) const noexcept {
+bool TreeEnsemble::AddUp(const Cell* frame, double* scratch, double* sums, std::size_t categoryCount) const {
   const std::uint32_t* leaves = nullptr;
   if (!FindLeaves(frame, scratch, leaves)) return false;
   for (std::size_t tree = 0; tree < fTreeCount; ++tree) {
@@ -162,7 +127,7 @@ bool TreeEnsemble::AddUp(const Cell* frame, double* scratch, double* sums) const
       sums[fCategories[entry]] += fFigures[entry];
     }
   }
-  return true;
+  return std::none_of(sums, sums + categoryCount, [](double sum) { return std::isnan(sum); });
 }
 
 }  // namespace Torvane

@@ -27,24 +27,11 @@ void TreeModel::Evaluate(KelTransformNS::Frame cells, Prediction& prediction) co
   prediction.number = fScores[reached.result];
 }
 
-bool TreeModel::HasPlainSplits() const noexcept {
-  return fNodes[0].test.kind == TestKind::kAlways && std::all_of(fNodes.begin(), fNodes.end(), [](const Node& node) {
-           return node.isInner != 0 ? node.isSplit != 0 : node.result != kNoResult;
-         });
-}
-
-TreeModel::Split TreeModel::SplitOf(std::uint32_t node) const noexcept {
-  const Test& test = fNodes[node + 1].test;
-  Split split{test.slot, test.number, node + 1, fNodes[node + 1].nextSibling};
-  if (test.kind != TestKind::kLessOrEqual) std::swap(split.below, split.above);
-  return split;
-}
-
-std::vector<std::pair<std::uint32_t, double>> TreeModel::SharesOf(std::uint32_t leaf) const {
+std::vector<std::pair<std::uint32_t, double>> TreeModel::SharesOf(std::uint32_t node) const {
   std::vector<std::pair<std::uint32_t, double>> shares;
-  const bool hasEntries = !fFirstEntry.empty() && fFirstEntry[leaf] != fFirstEntry[leaf + 1];
-  if (!hasEntries) return {{fNodes[leaf].result, 1.0}};
-  for (std::uint32_t entry = fFirstEntry[leaf]; entry < fFirstEntry[leaf + 1]; ++entry) {
+  const bool hasEntries = !fFirstEntry.empty() && fFirstEntry[node] != fFirstEntry[node + 1];
+  if (!hasEntries) return {{fNodes[node].result, 1.0}};
+  for (std::uint32_t entry = fFirstEntry[node]; entry < fFirstEntry[node + 1]; ++entry) {
     if (fProbabilities[entry] != 0.0) shares.emplace_back(fEntryCategories[entry], fProbabilities[entry]);
   }
   return shares;

@@ -31,26 +31,31 @@ class TreeModel final : public ModelBody {
   void WriteEntity(std::uint32_t entity, KelCommon_1_3::Value& value) const override { fIds.Write(entity, value); }
   [[nodiscard]] std::span<const KindOutput> KindOutputs() const noexcept override;
 
-  // For ensembles, which lay the nodes of many trees out in a way of their own.
+  // For ensembles, which lay the nodes of many trees out in a way of their own. The root is node 0.
 
-  /// The two children of an inner node: numbers up to the limit go below, others above.
-  struct Split {
-    std::uint32_t slot;
-    double limit;
-    std::uint32_t below;
-    std::uint32_t above;
-  };
-  /// Whether each inner node splits by a number and each leaf has a result, so that a record without missing values
-  /// always ends at a leaf.
-  [[nodiscard]] bool HasPlainSplits() const noexcept;
   [[nodiscard]] bool IsLeaf(std::uint32_t node) const noexcept { return fNodes[node].isInner == 0; }
-  [[nodiscard]] Split SplitOf(std::uint32_t node) const noexcept;
-  /// Of a leaf of a regression.
-  [[nodiscard]] double ScoreOf(std::uint32_t leaf) const noexcept { return fScores[fNodes[leaf].result]; }
-  /// Of a leaf of a classification.
-  [[nodiscard]] std::uint32_t CategoryOf(std::uint32_t leaf) const noexcept { return fNodes[leaf].result; }
-  /// The probabilities of a leaf of a classification that aren't given as 0, with their categories.
-  [[nodiscard]] std::vector<std::pair<std::uint32_t, double>> SharesOf(std::uint32_t leaf) const;
+  /// Whether one number tells which of the node's two children is entered.
+  [[nodiscard]] bool IsSplit(std::uint32_t node) const noexcept { return fNodes[node].isSplit != 0; }
+  /// The predicate of a node; its children are tested in their order. 0 is no child.
+  [[nodiscard]] const Test& TestOf(std::uint32_t node) const noexcept { return fNodes[node].test; }
+  [[nodiscard]] const PredicateTable& Predicates() const noexcept { return fPredicates; }
+  [[nodiscard]] static std::uint32_t FirstChild(std::uint32_t node) noexcept { return node + 1; }
+  [[nodiscard]] std::uint32_t NextSibling(std::uint32_t node) const noexcept { return fNodes[node].nextSibling; }
+  /// Where an unknown predicate is passed over as a false one is.
+  [[nodiscard]] bool PassesUnknowns() const noexcept { return fMissingStrategy == MissingStrategy::kNone; }
+  /// The child that is entered if a predicate is unknown; 0 if something else happens then.
+  [[nodiscard]] std::uint32_t DefaultChild(std::uint32_t node) const noexcept {
+    return fDefaultChildren.empty() ? 0 : fDefaultChildren[node];
+  }
+  /// Whether a node predicts if none of its children is true.
+  [[nodiscard]] bool ReturnsLast() const noexcept { return fReturnsLast; }
+  [[nodiscard]] bool HasResult(std::uint32_t node) const noexcept { return fNodes[node].result != kNoResult; }
+  /// Of a node of a regression that has a result.
+  [[nodiscard]] double ScoreOf(std::uint32_t node) const noexcept { return fScores[fNodes[node].result]; }
+  /// Of a node of a classification that has a result.
+  [[nodiscard]] std::uint32_t CategoryOf(std::uint32_t node) const noexcept { return fNodes[node].result; }
+  /// The probabilities there that aren't given as 0, with their categories.
+  [[nodiscard]] std::vector<std::pair<std::uint32_t, double>> SharesOf(std::uint32_t node) const;
 
  private:
   friend class TreeReader;

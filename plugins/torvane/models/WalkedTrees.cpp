@@ -2,7 +2,7 @@
 #include <limits>
 #include <numeric>
 
-#include "plugins/torvane/models/TreeLayout.h"
+#include "plugins/torvane/models/PlainTrees.h"
 
 namespace Torvane {
 namespace {
@@ -21,11 +21,11 @@ struct Step {
 class WalkedTrees final : public LeafFinder {
  public:
   explicit WalkedTrees(const PlainTrees& trees);
-  void Find(const double* numbers, std::uint32_t* leaves) const noexcept override;
+  void Find(const double* features, std::uint32_t* leaves) const noexcept override;
 
  private:
   void AddTree(const PlainTrees& trees, const PlainTrees::Tree& tree);
-  void FindOne(const double* numbers, std::size_t place, std::uint32_t* leaves) const noexcept;
+  void FindOne(const double* features, std::size_t place, std::uint32_t* leaves) const noexcept;
 
   std::vector<Step> fSteps;
   std::vector<std::uint32_t> fLeaves;  // the number of the leaf at each node
@@ -63,7 +63,7 @@ void WalkedTrees::AddTree(const PlainTrees& trees, const PlainTrees::Tree& tree)
   }
 }
 
-void WalkedTrees::Find(const double* numbers, std::uint32_t* leaves) const noexcept {
+void WalkedTrees::Find(const double* features, std::uint32_t* leaves) const noexcept {
   const Step* const steps = fSteps.data();
   std::size_t place = 0;
   for (; place + kLanes <= fRoots.size(); place += kLanes) {
@@ -75,18 +75,18 @@ void WalkedTrees::Find(const double* numbers, std::uint32_t* leaves) const noexc
       for (std::size_t lane = 0; lane < kLanes; ++lane) {
         const Step& step = steps[at[lane]];
         moved |= step.distance;
-        at[lane] += step.distance + static_cast<std::uint32_t>(numbers[step.feature] > step.limit);
+        at[lane] += step.distance + static_cast<std::uint32_t>(features[step.feature] > step.limit);
       }
     }
     for (std::size_t lane = 0; lane < kLanes; ++lane) leaves[fTrees[place + lane]] = fLeaves[at[lane]];
   }
-  for (; place < fRoots.size(); ++place) FindOne(numbers, place, leaves);
+  for (; place < fRoots.size(); ++place) FindOne(features, place, leaves);
 }
 
-void WalkedTrees::FindOne(const double* numbers, std::size_t place, std::uint32_t* leaves) const noexcept {
+void WalkedTrees::FindOne(const double* features, std::size_t place, std::uint32_t* leaves) const noexcept {
   std::uint32_t at = fRoots[place];
   while (fSteps[at].distance != 0) {
-    at += fSteps[at].distance + static_cast<std::uint32_t>(numbers[fSteps[at].feature] > fSteps[at].limit);
+    at += fSteps[at].distance + static_cast<std::uint32_t>(features[fSteps[at].feature] > fSteps[at].limit);
   }
   leaves[fTrees[place]] = fLeaves[at];
 }

@@ -27,59 +27,13 @@ std::string FieldName(int index) {
   return name.append(std::to_string(index));
 }
 
-// Trees of random shape. Limits are multiples of a quarter, so that records lie on them.
-class TreeWriter {
- public:
-  TreeWriter(unsigned seed, int fieldCount, bool isClassification)
-      : fRandom(seed), fFieldCount(fieldCount), fIsClassification(isClassification) {}
-
-  std::string Tree(int leaves) {
-    return std::string("<TreeModel functionName=\"") + (fIsClassification ? "classification" : "regression") +
-           "\"><MiningSchema>" + Fields(fFieldCount, fIsClassification) + "</MiningSchema>" + Node("<True/>", leaves) +
-           "</TreeModel>";
-  }
-
-  static std::string Fields(int count, bool isClassification) {
-    std::string text = isClassification ? "<MiningField name=\"y\" usageType=\"target\"/>" : "";
-    for (int i = 0; i < count; ++i) text.append("<MiningField name=\"").append(FieldName(i)).append("\"/>");
-    return text;
-  }
-
- private:
-  int Pick(int count) { return std::uniform_int_distribution<int>(0, count - 1)(fRandom); }
-
-  std::string Node(const std::string& predicate, int leaves) {
-    if (leaves == 1) return Leaf(predicate);
-    const int below = 1 + Pick(leaves - 1);
-    std::string field = "<SimplePredicate field=\"";
-    field.append(FieldName(Pick(fFieldCount))).append("\" operator=\"");
-    std::string value = "\" value=\"";
-    value.append(Text(0.25 * Pick(24) - 3.0)).append("\"/>");
-    const bool isStrict = Pick(2) == 0;
-    const std::string first = Node(field + (isStrict ? "lessThan" : "lessOrEqual") + value, below);
-    const std::string second = Node(field + (isStrict ? "greaterOrEqual" : "greaterThan") + value, leaves - below);
-    std::string text = "<Node>";
-    text.append(predicate).append(Pick(2) == 0 ? first + second : second + first);
-    return text.append("</Node>\n");
-  }
-
-  std::string Leaf(const std::string& predicate) {
-    static constexpr std::array<const char*, 3> kScores = {"no", "yes", "maybe"};
-    const std::string score = fIsClassification ? kScores[static_cast<std::size_t>(Pick(3))] : Text(0.1 * Pick(1000));
-    std::string text = "<Node score=\"";
-    text.append(score).append("\">").append(predicate);
-    if (fIsClassification && Pick(2) == 0) {
-      for (const char* value : {"yes", "no"}) {
-        text.append("<ScoreDistribution value=\"").append(value).append("\" recordCount=\"");
-        text.append(std::to_string(1 + Pick(9))).append("\"/>");
-      }
-    }
-    return text + "</Node>\n";
-  }
-
-  std::mt19937 fRandom;
-  int fFieldCount;
-  bool fIsClassification;
+// How producers write trees.
+enum class Style {
+  kSplits,         // two children, one of which is true
+  kDefaultChild,   // the same, and where missing values go
+  kNull,           // the same, and no result for missing values
+  kCompact,        // a node predicts if none of its children is true
+  kFirstIsMissing  // a child for missing values comes first
 };
 
 struct Shape {
@@ -87,11 +41,130 @@ struct Shape {
   int trees;
   int leaves;
   int fields = kFields;
+  Style style = Style::kSplits;
+};
+
+// Trees of random shape. Limits are multiples of a quarter, so that records lie on them.
+class TreeWriter {
+ public:
+  TreeWriter(const Shape& shape, bool isClassification)
+      : fRandom(static_cast<unsigned>(shape.leaves)),
+        fFieldCount(shape.fields),
+        fStyle(shape.style),
+        fIsClassification(isClassification) {}
+
+  std::string Tree(int leaves) {
+    return std::string("<TreeModel functionName=\"") + (fIsClassification ? "classification" : "regression") + "\" " +
+           Strategy() + "><MiningSchema>" + Fields(fFieldCount, fIsClassification) + "</MiningSchema>" +
+           Node("<True/>", leaves) + "</TreeModel>";
+  }
+
+  static std::string Fields(int count, bool isClassification) {
+    std::string text = isClassification ? "<MiningField name=\"y\" usageType=\"target\"/>" : "";
+    text += "<MiningField name=\"s\"/>";
+    for (int i = 0; i < count; ++i) text.append("<MiningField name=\"").append(FieldName(i)).append("\"/>");
+    return text;
+  }
+
+ private:
+  std::string Strategy() const {
+    switch (fStyle) {
+      case Style::kDefaultChild:
+        return R"(missingValueStrategy="defaultChild")";
+      case Style::kNull:
+        return R"(missingValueStrategy="nullPrediction")";
+      case Style::kCompact:
+        return R"(noTrueChildStrategy="returnLastPrediction")";
+      default:
+        return "";
+    }
+  }
+
+  int Pick(int count) { return std::uniform_int_distribution<int>(0, count - 1)(fRandom); }
+
+  std::string Node(const std::string& predicate, int leaves) {
+    if (leaves == 1) return Opened(predicate, true, "") + "</Node>\n";
+    const int below = 1 + Pick(leaves - 1);
+    if (fStyle == Style::kCompact) return CompactNode(predicate, below, leaves);
+    const std::string field = FieldName(Pick(fFieldCount));
+    const std::string limit = Text(0.25 * Pick(24) - 3.0);
+    const bool isStrict = Pick(2) == 0;
+    const std::string first = Child(Compared(field, isStrict ? "lessThan" : "lessOrEqual", limit), below);
+    const std::string firstId = std::to_string(fLastId);
+    const std::string second =
+        Child(Compared(field, isStrict ? "greaterOrEqual" : "greaterThan", limit), leaves - below);
+    const std::string chosen = Pick(2) == 0 ? firstId : std::to_string(fLastId);
+    std::string text = Opened(predicate, false, fStyle == Style::kDefaultChild ? chosen : "");
+    if (fStyle == Style::kFirstIsMissing) text += Child(Compared(field, "isMissing", ""), 1);
+    return text.append(Pick(2) == 0 ? first + second : second + first).append("</Node>\n");
+  }
+
+  // One child or two, whose predicates have nothing to do with each other.
+  std::string CompactNode(const std::string& predicate, int below, int leaves) {
+    std::string text = Opened(predicate, true, "");
+    text += Child(AnyPredicate(), below);
+    if (leaves - below > 1) text += Child(Pick(4) == 0 ? "<True/>" : AnyPredicate(), leaves - below);
+    return text.append("</Node>\n");
+  }
+
+  // The id of the child is the last one given, so that a parent can name it.
+  std::string Child(const std::string& predicate, int leaves) {
+    std::string text = Node(predicate, leaves);
+    fLastId = fNextId++;
+    return text.replace(text.find("<Node"), 5, "<Node id=\"" + std::to_string(fLastId) + "\"");
+  }
+
+  static std::string Compared(const std::string& field, const char* comparison, const std::string& value) {
+    std::string text = "<SimplePredicate field=\"";
+    text.append(field).append("\" operator=\"").append(comparison).append("\"");
+    if (!value.empty()) text.append(" value=\"").append(value).append("\"");
+    return text.append("/>");
+  }
+
+  std::string AnyPredicate() {
+    const std::string category(1, static_cast<char>('a' + Pick(3)));
+    switch (Pick(5)) {
+      case 0:
+        return Compared("s", Pick(2) == 0 ? "equal" : "notEqual", category);
+      case 1:
+        return R"(<SimpleSetPredicate field="s" booleanOperator="isIn"><Array type="string">c )" + category +
+               "</Array></SimpleSetPredicate>";
+      case 2:
+        return Compared(FieldName(Pick(fFieldCount)), "greaterThan", Text(0.25 * Pick(24) - 3.0));
+      default:
+        return Compared(FieldName(Pick(fFieldCount)), "lessThan", Text(0.25 * Pick(24) - 3.0));
+    }
+  }
+
+  // A node up to its children.
+  std::string Opened(const std::string& predicate, bool hasResult, const std::string& defaultChild) {
+    static constexpr std::array<const char*, 3> kScores = {"no", "yes", "maybe"};
+    std::string text = "<Node";
+    if (!defaultChild.empty()) text.append(" defaultChild=\"").append(defaultChild).append("\"");
+    if (!hasResult) return text.append(">").append(predicate);
+    const std::string score = fIsClassification ? kScores[static_cast<std::size_t>(Pick(3))] : Text(0.1 * Pick(1000));
+    text.append(" score=\"").append(score).append("\">").append(predicate);
+    if (fIsClassification && Pick(2) == 0) {
+      for (const char* value : {"yes", "no"}) {
+        text.append("<ScoreDistribution value=\"").append(value).append("\" recordCount=\"");
+        text.append(std::to_string(1 + Pick(9))).append("\"/>");
+      }
+    }
+    return text;
+  }
+
+  std::mt19937 fRandom;
+  int fFieldCount;
+  Style fStyle;
+  bool fIsClassification;
+  int fNextId = 1;
+  int fLastId = 0;
 };
 
 Scorer LoadModel(const std::string& model, int fieldCount) {
   std::string text = R"(<PMML version="4.2"><DataDictionary><DataField name="y" optype="categorical" dataType="string">
-      <Value value="yes"/><Value value="no"/><Value value="maybe"/></DataField>)";
+      <Value value="yes"/><Value value="no"/><Value value="maybe"/></DataField>
+      <DataField name="s" optype="categorical" dataType="string"/>)";
   for (int i = 0; i < fieldCount; ++i) {
     text.append("<DataField name=\"").append(FieldName(i)).append("\" optype=\"continuous\" dataType=\"double\"/>");
   }
@@ -103,7 +176,7 @@ Scorer LoadModel(const std::string& model, int fieldCount) {
 // An ensemble, and its trees as models of their own.
 struct Both {
   Both(const Shape& shape, const std::string& method, bool isClassification) {
-    TreeWriter writer(static_cast<unsigned>(shape.leaves), shape.fields, isClassification);
+    TreeWriter writer(shape, isClassification);
     std::string segments;
     for (int i = 0; i < shape.trees; ++i) {
       weights.push_back(0.5 + i % 3);
@@ -135,7 +208,10 @@ std::vector<ValueRecord> Records(int fieldCount) {
       record.Add(FieldName(i), row == 1 ? std::numeric_limits<double>::infinity() : number);
     }
     if (row == 2) record[0] = -std::numeric_limits<double>::infinity();
-    if (row == 3) record[1].SetNull();
+    const std::string text(1, static_cast<char>('a' + row % 4));
+    record.Add("s", text);
+    if (row % 5 == 3) record[row % fieldCount].SetNull();
+    if (row % 7 == 3) record[fieldCount].SetNull();
   }
   return records;
 }
@@ -199,8 +275,13 @@ TEST_P(TreeEnsembleOf, Categories_AreThoseOfTheTreesOneByOne) {
 INSTANTIATE_TEST_SUITE_P(Shapes, TreeEnsembleOf,
                          testing::Values(Shape{"stumps", 3, 2}, Shape{"leaves_alone", 2, 1}, Shape{"of_8", 20, 8},
                                          Shape{"of_9", 17, 9}, Shape{"of_20", 5, 20}, Shape{"of_64", 4, 64},
-                                         Shape{"of_65", 9, 65}, Shape{"many", 40, 60},
-                                         Shape{"many_fields", 12, 30, 80}),
+                                         Shape{"of_65", 9, 65}, Shape{"many", 40, 60}, Shape{"many_fields", 12, 30, 80},
+                                         Shape{"default_8", 20, 8, kFields, Style::kDefaultChild},
+                                         Shape{"default_70", 9, 70, kFields, Style::kDefaultChild},
+                                         Shape{"null_20", 9, 20, kFields, Style::kNull},
+                                         Shape{"compact_8", 20, 8, kFields, Style::kCompact},
+                                         Shape{"compact_90", 30, 90, kFields, Style::kCompact},
+                                         Shape{"missing_12", 20, 12, kFields, Style::kFirstIsMissing}),
                          KelTest::CaseName());
 
 }  // namespace
