@@ -15,13 +15,15 @@ constexpr char kAbout[] = "kelscore scores tables of records with PMML models.";
 constexpr char kExamples[] = R"(
 Examples:
   kelscore describe model.pmml                     what the model reads and gives
+  kelscore verify model.pmml                       whether it gives what its document expects
   kelscore score model.pmml data.csv               scores every row to standard output
   kelscore score model.pmml data.csv -o out.csv --outputs prediction,probability
   cat data.csv | kelscore score model.pmml - --no-input --missing NA --threads 4
   kelscore score --member a=first.pmml --member b=second.pmml data.csv
   kelscore score --split-field town --split-member Bern=b.pmml --split-member Genf=g.pmml data.csv
 
-Exit status: 0 success, 1 some rows failed, 2 bad usage, 3 the model can't be created, 4 input or output failed.)";
+Exit status: 0 success, 1 some rows failed or differ, 2 bad usage, 3 the model can't be created, 4 input or output
+failed, or a document to verify holds no rows for that.)";
 
 // "KEY=VALUE" in two.
 std::pair<std::string, std::string> Split(const std::string& option, const std::string& text) {
@@ -54,6 +56,39 @@ CLI::Option* AddRepeatable(CLI::App& command, const char* name, std::vector<std:
   return command.add_option(name, values, help)->type_name(type)->allow_extra_args(false);
 }
 
+constexpr char kText[] = "text";
+constexpr char kJson[] = "json";
+
+void AddFormat(CLI::App& command, std::string& format) {
+  command.add_option("--format", format, "text (default) or json")
+      ->check(CLI::IsMember({kText, kJson}))
+      ->type_name("text|json");
+}
+
+/// The options that say how models are made.
+class SettingsOptions {
+ public:
+  void AddTo(CLI::App& command) {
+    command
+        .add_option("--settings", fSettingsFile, "settings of the library; without MODEL they may name the documents")
+        ->type_name("FILE");
+    command.add_option("--plugin-dir", fPluginDir, "folder of the plug-ins; default: beside the library")
+        ->type_name("DIR");
+    AddRepeatable(command, "--dll", fDlls, "plug-in NAME scores models of kind ELEMENT; repeatable", "ELEMENT=NAME");
+  }
+
+  void Get(ModelArguments& model) const {
+    model.settingsFile = fSettingsFile;
+    model.pluginDir = fPluginDir;
+    for (const std::string& dll : fDlls) model.dlls.push_back(Split("--dll", dll));
+  }
+
+ private:
+  std::string fSettingsFile;
+  std::string fPluginDir;
+  std::vector<std::string> fDlls;
+};
+
 /// The options that say where a model comes from.
 class ModelOptions {
  public:
@@ -65,18 +100,14 @@ class ModelOptions {
     AddRepeatable(command, "--split-member", fSplitMembers,
                   "the member for these values of the split fields, an empty one for no value; repeatable",
                   "KEY[,KEY...]=MODEL");
-    command.add_option("--settings", fModel.settingsFile, "settings of the library; they may name the documents")
-        ->type_name("FILE");
-    command.add_option("--plugin-dir", fModel.pluginDir, "folder of the plug-ins; default: beside the library")
-        ->type_name("DIR");
-    AddRepeatable(command, "--dll", fDlls, "plug-in NAME scores models of kind ELEMENT; repeatable", "ELEMENT=NAME");
+    fSettings.AddTo(command);
   }
 
   [[nodiscard]] ModelArguments Get() const {
     ModelArguments model = fModel;
+    fSettings.Get(model);
     for (const std::string& member : fMembers) model.members.push_back(Split("--member", member));
     for (const std::string& member : fSplitMembers) model.splitMembers.push_back(SplitMember(member));
-    for (const std::string& dll : fDlls) model.dlls.push_back(Split("--dll", dll));
     CheckMembers(model);
     return model;
   }
@@ -99,7 +130,7 @@ class ModelOptions {
   ModelArguments fModel;
   std::vector<std::string> fMembers;
   std::vector<std::string> fSplitMembers;
-  std::vector<std::string> fDlls;
+  SettingsOptions fSettings;
 };
 
 // A model comes from one place only.
@@ -165,14 +196,12 @@ class DescribeOptions {
   explicit DescribeOptions(CLI::App& app)
       : fCommand(*app.add_subcommand("describe", "Tells inputs, target, categories and outputs of a model")),
         fModel(fCommand) {
-    fCommand.add_option("--format", fFormat, "text (default) or json")
-        ->check(CLI::IsMember({"text", "json"}))
-        ->type_name("text|json");
+    AddFormat(fCommand, fFormat);
   }
 
   [[nodiscard]] bool IsChosen() const { return fCommand.parsed(); }
   [[nodiscard]] DescribeArguments Get() const {
-    DescribeArguments describe{fModel.Get(), fFormat == "json"};
+    DescribeArguments describe{fModel.Get(), fFormat == kJson};
     CheckDocument(describe.model);
     return describe;
   }
@@ -180,7 +209,32 @@ class DescribeOptions {
  private:
   CLI::App& fCommand;
   ModelOptions fModel;
-  std::string fFormat = "text";
+  std::string fFormat = kText;
+};
+
+class VerifyOptions {
+ public:
+  explicit VerifyOptions(CLI::App& app)
+      : fCommand(*app.add_subcommand("verify", "Compares results with those that the document itself expects")) {
+    fCommand.add_option("MODEL", fVerify.model.path, "PMML document with verification rows (ModelVerification)");
+    fSettings.AddTo(fCommand);
+    AddFormat(fCommand, fFormat);
+  }
+
+  [[nodiscard]] bool IsChosen() const { return fCommand.parsed(); }
+  [[nodiscard]] VerifyArguments Get() const {
+    VerifyArguments verify = fVerify;
+    if (verify.model.path.empty()) throw Failure(kBadUsage, "MODEL is missing (see kelscore verify --help)");
+    fSettings.Get(verify.model);
+    verify.json = fFormat == kJson;
+    return verify;
+  }
+
+ private:
+  CLI::App& fCommand;
+  VerifyArguments fVerify;
+  SettingsOptions fSettings;
+  std::string fFormat = kText;
 };
 
 std::string FirstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
@@ -194,6 +248,7 @@ Command ReadArguments(int count, const char* const* arguments) {
   app.require_subcommand(0, 1);
   const ScoreOptions score(app);
   const DescribeOptions describe(app);
+  const VerifyOptions verify(app);
   try {
     app.parse(count, arguments);
   } catch (const CLI::Success& help) {
@@ -204,6 +259,7 @@ Command ReadArguments(int count, const char* const* arguments) {
   }
   if (score.IsChosen()) return score.Get();
   if (describe.IsChosen()) return describe.Get();
+  if (verify.IsChosen()) return verify.Get();
   std::cout << app.help();
   return {};
 }

@@ -43,8 +43,13 @@ struct DescribeArguments {
   bool json = false;
 };
 
+struct VerifyArguments {
+  ModelArguments model;  ///< one document, no members
+  bool json = false;
+};
+
 /// What is left to do when the arguments are read: nothing when help or version was asked for, which is printed.
-using Command = std::variant<std::monostate, ScoreArguments, DescribeArguments>;
+using Command = std::variant<std::monostate, ScoreArguments, DescribeArguments, VerifyArguments>;
 
 /// Reads the command line. Throws `Failure` (bad usage).
 [[nodiscard]] Command ReadArguments(int count, const char* const* arguments);

@@ -33,6 +33,8 @@ class LoadedModel {
   [[nodiscard]] std::vector<std::string> Paths() const;
   /// The fields that the model reads from a table; empty for a model that knows no variables.
   [[nodiscard]] std::vector<ModelField> Fields() const;
+  /// What the document, the first one of a composite, declares of its data fields.
+  [[nodiscard]] const DataFields& Declared() const { return fDataFields; }
   /// The categories of the target, of the first member in a composite, as text; none for a continuous target.
   [[nodiscard]] std::vector<std::string> TargetCategories() const;
   /// Reads the documents once more for what the model itself doesn't tell.

@@ -31,10 +31,13 @@ FieldKind KindOf(const IKelVariable& variable, const DataFields& dataFields) {
 
 }  // namespace
 
+bool IsTarget(const DataField& field) { return field.usageType == "predicted" || field.usageType == "target"; }
+
 VariableRole RoleOf(const IKelVariable& variable, const DataFields& dataFields) {
   const auto declared = dataFields.find(variable.GetName());
-  const std::string usage = declared == dataFields.end() ? "" : declared->second.usageType;
-  if (usage == "predicted" || usage == "target") return KelXML_1_3::kRoleTarget;
+  if (declared == dataFields.end()) return variable.GetVariableRole();
+  if (IsTarget(declared->second)) return KelXML_1_3::kRoleTarget;
+  const std::string& usage = declared->second.usageType;
   if (usage == "supplementary" || usage == "frequencyWeight" || usage == "analysisWeight") return KelXML_1_3::kRoleNone;
   return variable.GetVariableRole();
 }

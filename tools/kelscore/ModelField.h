@@ -31,6 +31,9 @@ struct DataField {
 /// The data fields of a document by name.
 using DataFields = std::map<std::string, DataField, std::less<>>;
 
+/// Whether a mining schema says so; later versions of PMML have another word for it than earlier ones.
+[[nodiscard]] bool IsTarget(const DataField& field);
+
 /// What a variable is to a model. The variable list counts every field of a mining schema as an input that isn't
 /// "predicted"; later versions of PMML call that "target", and there are fields that no model looks at.
 [[nodiscard]] KelXML_1_3::VariableRole RoleOf(const KelXML_1_3::IKelVariable& variable, const DataFields& dataFields);

@@ -7,12 +7,14 @@
 #include "tools/kelscore/DescribeCommand.h"
 #include "tools/kelscore/Failure.h"
 #include "tools/kelscore/ScoreCommand.h"
+#include "tools/kelscore/VerifyCommand.h"
 
 namespace {
 
 using kelscore::Console;
 using kelscore::DescribeArguments;
 using kelscore::ScoreArguments;
+using kelscore::VerifyArguments;
 
 struct Runner {
   Console& console;
@@ -20,6 +22,7 @@ struct Runner {
   int operator()(std::monostate) const { return kelscore::kSuccess; }
   int operator()(const ScoreArguments& arguments) const { return RunScore(arguments, console); }
   int operator()(const DescribeArguments& arguments) const { return RunDescribe(arguments, console); }
+  int operator()(const VerifyArguments& arguments) const { return RunVerify(arguments, console); }
 };
 
 }  // namespace

@@ -89,6 +89,18 @@ TEST(Arguments, Describe_Formats) {
   EXPECT_TRUE(std::get<DescribeArguments>(Read({"describe", "m.pmml", "--format", "json"})).json);
 }
 
+TEST(Arguments, Verify_OneDocumentAndPlugIns) {
+  const auto few = std::get<VerifyArguments>(Read({"verify", "m.pmml"}));
+  EXPECT_EQ(few.model.path, "m.pmml");
+  EXPECT_FALSE(few.json);
+  const auto all = std::get<VerifyArguments>(Read({"verify", "m.pmml", "--format", "json", "--plugin-dir", "plugins",
+                                                   "--settings", "s.xml", "--dll", "TreeModel=trees"}));
+  EXPECT_TRUE(all.json);
+  EXPECT_EQ(all.model.pluginDir, "plugins");
+  EXPECT_EQ(all.model.settingsFile, "s.xml");
+  EXPECT_THAT(all.model.dlls, ElementsAre(Pair("TreeModel", "trees")));
+}
+
 TEST(Arguments, BadUsage_IsOneLine) {
   const struct {
     std::vector<const char*> arguments;
@@ -111,6 +123,9 @@ TEST(Arguments, BadUsage_IsOneLine) {
       {{"score", "m.pmml", "d.csv", "--missing"}, "--missing"},
       {{"describe", "m.pmml", "--format", "yaml"}, "--format"},
       {{"describe"}, "MODEL"},
+      {{"verify"}, "MODEL"},
+      {{"verify", "m.pmml", "--format", "yaml"}, "--format"},
+      {{"verify", "m.pmml", "--member", "a=b"}, "--member"},
   };
   for (const auto& c : kCases) {
     try {
