@@ -171,7 +171,7 @@ void MiningModel::RunChain(Frame frame, Prediction& prediction) const {
 bool MiningModel::AddUpTrees(Frame frame, Prediction& prediction) const {
   if (fTrees == nullptr) return false;
   std::fill_n(prediction.probabilities, fCategoryCount, 0.0);
-  if (!fTrees->AddUp(frame.data(), prediction.scratch, prediction.probabilities, fCategoryCount)) return false;
+  if (!fTrees->AddUp(frame.data(), prediction.scratch, prediction.probabilities)) return false;
   for (std::uint32_t i = 0; i < fCategoryCount; ++i) prediction.probabilities[i] /= fTreeWeight;
   ConcludeByProbabilities(prediction);
   return true;

@@ -13,8 +13,6 @@ using KelTransformNS::Cell;
 
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
 // Every test is evaluated for each record, which a walk that meets few of them doesn't make good.
 bool TestsPay(std::size_t testCount, std::size_t treeCount) { return testCount <= 32 + 2 * treeCount; }
 
@@ -22,14 +20,23 @@ double Rounded(double number, bool isSinglePrecision) noexcept {
   return isSinglePrecision ? static_cast<double>(static_cast<float>(number)) : number;
 }
 
-// Two shares of one category were added up before they are weighted, which may round in another way.
-bool HasTwice(const std::vector<std::pair<std::uint32_t, double>>& shares) {
-  for (std::size_t i = 1; i < shares.size(); ++i) {
-    for (std::size_t j = 0; j < i; ++j) {
-      if (shares[i].first == shares[j].first) return true;
-    }
-  }
-  return false;
+// What a leaf adds to a sum of numbers. NaN if it has no result.
+double NumberOf(const TreeEnsemble::Member& member, std::uint32_t node, bool isSinglePrecision) noexcept {
+  if (node == PlainTrees::kNoNode) return std::numeric_limits<double>::quiet_NaN();
+  const double score = Rounded(member.tree->ScoreOf(node), isSinglePrecision);
+  return Rounded(Rounded(member.weight, isSinglePrecision) * score, isSinglePrecision);
+}
+
+// Two shares of one category are added up before they are weighted, which may round in another way.
+bool HasCategoryTwice(const TreeModel& tree, std::uint32_t node) {
+  std::vector<std::uint32_t> categories;
+  tree.ForEachShare(node, [&](std::uint32_t category, double) { categories.push_back(category); });
+  std::sort(categories.begin(), categories.end());
+  return std::adjacent_find(categories.begin(), categories.end()) != categories.end();
+}
+
+std::uint32_t CategoryIn(const TreeEnsemble::Member& member, std::uint32_t category) noexcept {
+  return member.categories->empty() ? category : (*member.categories)[category];
 }
 
 }  // namespace
@@ -47,35 +54,23 @@ std::unique_ptr<const TreeEnsemble> TreeEnsemble::TryBuild(const std::vector<Mem
   ensemble->fNumbers = std::move(builder.numbers);
   ensemble->fTests = std::move(builder.tests);
   ensemble->fIsSinglePrecision = isSinglePrecision;
+  ensemble->fMembers = members;
+  ensemble->fResult = result;
   for (const PlainTrees::Leaf& leaf : trees.leaves) {
-    if (!ensemble->AddFigures(members[leaf.tree], leaf.node, result)) return nullptr;
+    const Member& member = members[leaf.tree];
+    if (result == Result::kNumber) {
+      ensemble->fNumbersOfLeaves.push_back(NumberOf(member, leaf.node, isSinglePrecision));
+    } else if (leaf.node != PlainTrees::kNoNode && HasCategoryTwice(*member.tree, leaf.node)) {
+      return nullptr;
+    } else {
+      ensemble->fNodesOfLeaves.push_back(leaf.node);
+    }
   }
-  if (result != Result::kNumber) ensemble->fFirstEntry.push_back(static_cast<std::uint32_t>(ensemble->fFigures.size()));
-  ensemble->fFigures.shrink_to_fit();
-  ensemble->fFirstEntry.shrink_to_fit();
-  ensemble->fCategories.shrink_to_fit();
+  ensemble->fNumbersOfLeaves.shrink_to_fit();
+  ensemble->fNodesOfLeaves.shrink_to_fit();
   ensemble->fFinder = TryMakeMaskedTrees(trees);
   if (ensemble->fFinder == nullptr) ensemble->fFinder = MakeWalkedTrees(trees);
   return ensemble;
-}
-
-bool TreeEnsemble::AddFigures(const Member& member, std::uint32_t node, Result result) {
-  const bool hasResult = node != PlainTrees::kNoNode;
-  if (result == Result::kNumber) {
-    const double score = hasResult ? Rounded(member.tree->ScoreOf(node), fIsSinglePrecision) : kNaN;
-    fFigures.push_back(Rounded(Rounded(member.weight, fIsSinglePrecision) * score, fIsSinglePrecision));
-    return true;
-  }
-  std::vector<std::pair<std::uint32_t, double>> shares = {{0, kNaN}};
-  if (hasResult && result == Result::kVote) shares = {{member.tree->CategoryOf(node), 1.0}};
-  if (hasResult && result == Result::kShares) shares = member.tree->SharesOf(node);
-  if (HasTwice(shares)) return false;
-  fFirstEntry.push_back(static_cast<std::uint32_t>(fFigures.size()));
-  for (const auto& [category, share] : shares) {
-    fCategories.push_back(member.categories->empty() ? category : (*member.categories)[category]);
-    fFigures.push_back(member.weight * share);
-  }
-  return true;
 }
 
 bool TreeEnsemble::FindLeaves(const Cell* frame, double* scratch, const std::uint32_t*& leaves) const {
@@ -105,29 +100,35 @@ bool TreeEnsemble::FindLeaves(const Cell* frame, double* scratch, const std::uin
 bool TreeEnsemble::Sum(const Cell* frame, double* scratch, double& sum) const {
   const std::uint32_t* leaves = nullptr;
   if (!FindLeaves(frame, scratch, leaves)) return false;
-  const double* const figures = fFigures.data();
+  const double* const numbers = fNumbersOfLeaves.data();
   if (fIsSinglePrecision) {
     float narrow = 0.0F;
-    for (std::size_t tree = 0; tree < fTreeCount; ++tree) narrow += static_cast<float>(figures[leaves[tree]]);
+    for (std::size_t tree = 0; tree < fTreeCount; ++tree) narrow += static_cast<float>(numbers[leaves[tree]]);
     sum = narrow;
   } else {
     double wide = 0.0;
-    for (std::size_t tree = 0; tree < fTreeCount; ++tree) wide += figures[leaves[tree]];
+    for (std::size_t tree = 0; tree < fTreeCount; ++tree) wide += numbers[leaves[tree]];
     sum = wide;
   }
   return !std::isnan(sum);
 }
 
-bool TreeEnsemble::AddUp(const Cell* frame, double* scratch, double* sums, std::size_t categoryCount) const {
+bool TreeEnsemble::AddUp(const Cell* frame, double* scratch, double* sums) const {
   const std::uint32_t* leaves = nullptr;
   if (!FindLeaves(frame, scratch, leaves)) return false;
   for (std::size_t tree = 0; tree < fTreeCount; ++tree) {
-    const std::uint32_t end = fFirstEntry[leaves[tree] + 1];
-    for (std::uint32_t entry = fFirstEntry[leaves[tree]]; entry < end; ++entry) {
-      sums[fCategories[entry]] += fFigures[entry];
+    const Member& member = fMembers[tree];
+    const std::uint32_t node = fNodesOfLeaves[leaves[tree]];
+    if (node == PlainTrees::kNoNode) return false;
+    if (fResult == Result::kVote) {
+      sums[CategoryIn(member, member.tree->CategoryOf(node))] += member.weight;
+    } else {
+      member.tree->ForEachShare(node, [&](std::uint32_t category, double share) {
+        sums[CategoryIn(member, category)] += member.weight * share;
+      });
     }
   }
-  return std::none_of(sums, sums + categoryCount, [](double sum) { return std::isnan(sum); });
+  return true;
 }
 
 }  // namespace Torvane

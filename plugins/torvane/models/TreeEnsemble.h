@@ -65,12 +65,11 @@ class TreeEnsemble {
 
   /// The sum of what the trees add, in their order. False if the trees must be asked one by one.
   bool Sum(const KelTransformNS::Cell* frame, double* scratch, double& sum) const;
-  /// The same by category; `sums` has `categoryCount` entries, which are added to.
-  bool AddUp(const KelTransformNS::Cell* frame, double* scratch, double* sums, std::size_t categoryCount) const;
+  /// The same by category; `sums` are added to.
+  bool AddUp(const KelTransformNS::Cell* frame, double* scratch, double* sums) const;
 
  private:
   TreeEnsemble() = default;
-  bool AddFigures(const Member& member, std::uint32_t node, Result result);
   bool FindLeaves(const KelTransformNS::Cell* frame, double* scratch, const std::uint32_t*& leaves) const;
 
   std::size_t fTreeCount = 0;
@@ -78,11 +77,10 @@ class TreeEnsemble {
   std::vector<TestFeature> fTests;      // and then these
   std::unique_ptr<const LeafFinder> fFinder;
   bool fIsSinglePrecision = false;
-  // What the leaves add. A number: one for each leaf. Else the entries of leaf i begin at fFirstEntry[i] and end at
-  // fFirstEntry[i + 1]. NaN at a leaf that has no result.
-  std::vector<double> fFigures;
-  std::vector<std::uint32_t> fFirstEntry;
-  std::vector<std::uint32_t> fCategories;
+  std::vector<double> fNumbersOfLeaves;       // what each adds, where that is a number; NaN: it has no result
+  std::vector<std::uint32_t> fNodesOfLeaves;  // else where its tree tells what it adds
+  std::vector<Member> fMembers;
+  Result fResult = Result::kNumber;
 };
 
 }  // namespace Torvane

@@ -27,16 +27,6 @@ void TreeModel::Evaluate(KelTransformNS::Frame cells, Prediction& prediction) co
   prediction.number = fScores[reached.result];
 }
 
-std::vector<std::pair<std::uint32_t, double>> TreeModel::SharesOf(std::uint32_t node) const {
-  std::vector<std::pair<std::uint32_t, double>> shares;
-  const bool hasEntries = !fFirstEntry.empty() && fFirstEntry[node] != fFirstEntry[node + 1];
-  if (!hasEntries) return {{fNodes[node].result, 1.0}};
-  for (std::uint32_t entry = fFirstEntry[node]; entry < fFirstEntry[node + 1]; ++entry) {
-    if (fProbabilities[entry] != 0.0) shares.emplace_back(fEntryCategories[entry], fProbabilities[entry]);
-  }
-  return shares;
-}
-
 // What the usual step doesn't serve: any predicate, any strategy.
 void TreeModel::Descend(std::uint32_t node, const Cell* frame, Prediction& prediction) const {
   double penalty = 1.0;

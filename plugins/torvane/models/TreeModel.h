@@ -54,8 +54,14 @@ class TreeModel final : public ModelBody {
   [[nodiscard]] double ScoreOf(std::uint32_t node) const noexcept { return fScores[fNodes[node].result]; }
   /// Of a node of a classification that has a result.
   [[nodiscard]] std::uint32_t CategoryOf(std::uint32_t node) const noexcept { return fNodes[node].result; }
-  /// The probabilities there that aren't given as 0, with their categories.
-  [[nodiscard]] std::vector<std::pair<std::uint32_t, double>> SharesOf(std::uint32_t node) const;
+  /// Gives `take` the probabilities there, with their categories. A category may come more than once.
+  template <typename Take>
+  void ForEachShare(std::uint32_t node, const Take& take) const {
+    const std::uint32_t begin = fFirstEntry.empty() ? 0 : fFirstEntry[node];
+    const std::uint32_t end = fFirstEntry.empty() ? 0 : fFirstEntry[node + 1];
+    if (begin == end) take(fNodes[node].result, 1.0);
+    for (std::uint32_t entry = begin; entry < end; ++entry) take(fEntryCategories[entry], fProbabilities[entry]);
+  }
 
  private:
   friend class TreeReader;

@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <limits>
+#include <bit>
 #include <numeric>
 
 #include "plugins/torvane/models/PlainTrees.h"
@@ -10,13 +10,20 @@ namespace {
 // So many walks fit into the registers, and are enough to hide the latency of the second cache level.
 constexpr std::size_t kLanes = 8;
 
-// The child for numbers above the limit stands behind the one for the others. At a leaf no number is above the limit,
-// and the distance is 0.
+// The child for features above the limit stands behind the one for the others. At a leaf the distance is 0 and the
+// limit is no number, so that no feature is above it; its bits hold the number of the leaf.
 struct Step {
   double limit;
   std::uint32_t distance;  // from this node to the child below
   std::uint32_t feature;
 };
+
+constexpr std::uint64_t kNoNumber = 0x7FF8000000000000;
+
+Step LeafStep(std::uint32_t leaf) noexcept { return {std::bit_cast<double>(kNoNumber | leaf), 0, 0}; }
+std::uint32_t LeafOf(const Step& step) noexcept {
+  return static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(step.limit));
+}
 
 class WalkedTrees final : public LeafFinder {
  public:
@@ -28,14 +35,12 @@ class WalkedTrees final : public LeafFinder {
   void FindOne(const double* features, std::size_t place, std::uint32_t* leaves) const noexcept;
 
   std::vector<Step> fSteps;
-  std::vector<std::uint32_t> fLeaves;  // the number of the leaf at each node
-  std::vector<std::uint32_t> fRoots;   // in the order of the walks, which is by depth, so that lanes end together
-  std::vector<std::uint32_t> fTrees;   // the tree of each walk
+  std::vector<std::uint32_t> fRoots;  // in the order of the walks, which is by depth, so that lanes end together
+  std::vector<std::uint32_t> fTrees;  // the tree of each walk
 };
 
 WalkedTrees::WalkedTrees(const PlainTrees& trees) {
   fSteps.reserve(trees.nodes.size());
-  fLeaves.reserve(trees.nodes.size());
   fTrees.resize(trees.trees.size());
   std::iota(fTrees.begin(), fTrees.end(), 0U);
   std::stable_sort(fTrees.begin(), fTrees.end(),
@@ -51,9 +56,8 @@ void WalkedTrees::AddTree(const PlainTrees& trees, const PlainTrees::Tree& tree)
   for (std::size_t i = 0; i < nodes.size(); ++i) {
     const PlainTrees::Node& node = trees.nodes[nodes[i]];
     const auto position = static_cast<std::uint32_t>(fSteps.size());
-    fLeaves.push_back(node.leaf);
     if (node.isLeaf) {
-      fSteps.push_back({std::numeric_limits<double>::infinity(), 0, 0});
+      fSteps.push_back(LeafStep(node.leaf));
       continue;
     }
     const auto child = root + static_cast<std::uint32_t>(nodes.size());
@@ -78,7 +82,7 @@ void WalkedTrees::Find(const double* features, std::uint32_t* leaves) const noex
         at[lane] += step.distance + static_cast<std::uint32_t>(features[step.feature] > step.limit);
       }
     }
-    for (std::size_t lane = 0; lane < kLanes; ++lane) leaves[fTrees[place + lane]] = fLeaves[at[lane]];
+    for (std::size_t lane = 0; lane < kLanes; ++lane) leaves[fTrees[place + lane]] = LeafOf(steps[at[lane]]);
   }
   for (; place < fRoots.size(); ++place) FindOne(features, place, leaves);
 }
@@ -88,7 +92,7 @@ void WalkedTrees::FindOne(const double* features, std::size_t place, std::uint32
   while (fSteps[at].distance != 0) {
     at += fSteps[at].distance + static_cast<std::uint32_t>(features[fSteps[at].feature] > fSteps[at].limit);
   }
-  leaves[fTrees[place]] = fLeaves[at];
+  leaves[fTrees[place]] = LeafOf(fSteps[at]);
 }
 
 }  // namespace
