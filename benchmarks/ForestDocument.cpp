@@ -63,10 +63,9 @@ class ForestWriter {
     const std::string threshold = Decimal("%.15g", 100.0);
     for (const char* const comparison : {"lessOrEqual", "greaterThan"}) {
       const bool isLeaf = levels == 0 || fText.size() > end || (levels < 6 && Random() % 8 == 0);
-      const std::string score = isLeaf ? std::string("\" score=\"") + kLabels[Random() % 3] : "";
-      fText += indent + "<Node id=\"" + std::to_string(++fId) + score + "\">\n" + indent +
-               "\t<SimplePredicate field=\"" + field + "\" operator=\"" + comparison + "\" value=\"" + threshold +
-               "\"/>\n";
+      Open(indent, isLeaf);
+      fText.append(indent).append("\t<SimplePredicate field=\"").append(field).append("\" operator=\"");
+      fText.append(comparison).append("\" value=\"").append(threshold).append("\"/>\n");
       if (isLeaf) {
         Distribution(indent + "\t");
       } else {
@@ -74,6 +73,12 @@ class ForestWriter {
       }
       fText += indent + "</Node>\n";
     }
+  }
+
+  void Open(const std::string& indent, bool isLeaf) {
+    fText.append(indent).append("<Node id=\"").append(std::to_string(++fId));
+    if (isLeaf) fText.append("\" score=\"").append(kLabels[Random() % 3]);
+    fText += "\">\n";
   }
 
   void Distribution(const std::string& indent) {
