@@ -57,6 +57,10 @@ FieldScope::FieldScope(FieldScope& outer, const Element& model)
       fCompiler(fDocument.pool, outer.Slots(), [this](std::string_view name) { return FindInEnsemble(name); }) {
   fCompiler.SetVersion(fDocument.root.Attribute("version").value_or(""));
   DeclareSegmentFields(model);
+  // A missing value of such a field makes the result invalid even if nothing refers to the field.
+  for (const MiningField& field : fSchema.fields) {
+    if (field.usage == FieldUsage::kActive && field.missingReturnsInvalid) (void)Resolve(field.name, field.element);
+  }
 }
 
 KelTransformNS::SlotCounter& FieldScope::Slots() noexcept { return fOuter == nullptr ? fOwnSlots : fOuter->Slots(); }
@@ -166,15 +170,25 @@ Field FieldScope::ResolveNew(std::string_view name, const Element& referrer) {
   return field;
 }
 
-void FieldScope::AddOutput(const ResolvedField& field) { fOutputs.emplace(field.name, field); }
+void FieldScope::AddOutput(const ResolvedField& field) { fOutputs.insert_or_assign(field.name, field); }
 
 std::optional<ResolvedField> FieldScope::FindInEnsemble(std::string_view name) {
   const MiningField* const field = fSchema.Find(name);
   const auto output = fOutputs.find(name);
   if (field == nullptr && output != fOutputs.end()) return output->second;
   const std::optional<ResolvedField> outer = fOuter->FindForSegment(name, fSeesAll || field != nullptr);
-  if (outer) return field == nullptr ? outer : AddSegmentInput(*field, *outer);
+  if (outer && field != nullptr) return AddSegmentInput(*field, *outer);
+  if (outer) {
+    ShareInput(outer->slot);
+    return outer;
+  }
   return output == fOutputs.end() ? std::nullopt : std::optional(output->second);
+}
+
+// A field that isn't treated again has the values, and the order of them, that it has in the ensemble.
+void FieldScope::ShareInput(std::uint32_t slot) {
+  const auto input = fOuter->fInputsBySlot.find(slot);
+  if (input != fOuter->fInputsBySlot.end()) fInputsBySlot.insert(*input);
 }
 
 // A segment doesn't see data fields that its schema doesn't list.
@@ -186,12 +200,12 @@ std::optional<ResolvedField> FieldScope::FindForSegment(std::string_view name, b
 
 ResolvedField FieldScope::AddSegmentInput(const MiningField& field, ResolvedField outer) {
   outer.opType = field.opType.value_or(outer.opType);
-  const auto input = fOuter->fInputsBySlot.find(outer.slot);
-  const FieldDeclaration* const declaration = input == fOuter->fInputsBySlot.end() ? nullptr : input->second;
   if (!TreatsAgain(field)) {
-    if (input != fOuter->fInputsBySlot.end()) fInputsBySlot.emplace(outer.slot, declaration);
+    ShareInput(outer.slot);
     return outer;
   }
+  const auto input = fOuter->fInputsBySlot.find(outer.slot);
+  const FieldDeclaration* const declaration = input == fOuter->fInputsBySlot.end() ? nullptr : input->second;
   const std::uint32_t slot = fCompiler.NewSlot();
   fSegmentInputs.push_back({outer.slot, slot,
                             declaration == nullptr ? FieldTreatment(outer.dataType, field, fDocument.pool)
@@ -238,24 +252,23 @@ std::optional<std::uint32_t> FieldScope::AddSegmentOutput(const ResolvedField& f
     return output.dataType == field.dataType ? std::optional(output.slot) : std::nullopt;
   }
   ResolvedField& output = fSegmentOutputs.emplace_back(field);
-  output.slot = fCompiler.NewSlot();
+  output.slot = NewSegmentSlot();
   fOutputs.emplace(output.name, output);
   return output.slot;
 }
 
-const ResolvedField* FieldScope::FindSegmentOutput(std::string_view name) const {
-  const auto found = fSegmentOutputPositions.find(name);
-  return found == fSegmentOutputPositions.end() ? nullptr : &fSegmentOutputs[found->second];
+std::uint32_t FieldScope::AddAnswer(const ResolvedField& field) {
+  ResolvedField& answer = fAnswers[field.name] = field;
+  answer.slot = NewSegmentSlot();
+  return answer.slot;
 }
 
-std::vector<SegmentInput> FieldScope::TakeSegmentInputs() {
-  for (const MiningField& field : fSchema.fields) {
-    if (field.usage == FieldUsage::kActive && field.missingReturnsInvalid && IsDataField(field.name)) {
-      (void)Resolve(field.name, field.element);
-    }
-  }
-  return std::move(fSegmentInputs);
+const ResolvedField* FieldScope::FindAnswer(std::string_view name) const {
+  const auto found = fAnswers.find(name);
+  return found == fAnswers.end() ? nullptr : &found->second;
 }
+
+std::uint32_t FieldScope::NewSegmentSlot() { return fSegmentSlots.emplace_back(fCompiler.NewSlot()); }
 
 // An invalid value of an active field makes the result invalid even if nothing refers to the field.
 std::vector<InputField> FieldScope::TakeInputs() {

@@ -94,14 +94,15 @@ class FieldScope {
   const Field& Resolve(std::string_view name, const Element& referrer);
   /// The same for a field that is calculated with; one of texts throws as well.
   const Field& ResolveNumeric(std::string_view name, const Element& referrer);
-  /// Makes an output field visible to the expressions of those that follow it. An input of the same name stays.
+  /// Makes an output field visible to the expressions of those that follow it. An input of the same name stays, an
+  /// output of a segment doesn't.
   void AddOutput(const KelTransformNS::ResolvedField& field);
 
   /// The inputs that were referred to, and those active fields whose values can make the record invalid. Asked once,
   /// at the end.
   [[nodiscard]] std::vector<InputField> TakeInputs();
   /// The same for a model in an ensemble.
-  [[nodiscard]] std::vector<SegmentInput> TakeSegmentInputs();
+  [[nodiscard]] std::vector<SegmentInput> TakeSegmentInputs() { return std::move(fSegmentInputs); }
   /// The slots whose cells can be invalid though the inputs aren't, of the fields that were referred to since the last
   /// call: those of derived fields, and of fields of an ensemble.
   [[nodiscard]] std::vector<std::uint32_t> TakeDerivedSlots() { return std::exchange(fDerivedSlots, {}); }
@@ -114,8 +115,13 @@ class FieldScope {
   [[nodiscard]] const std::vector<KelTransformNS::ResolvedField>& SegmentOutputs() const noexcept {
     return fSegmentOutputs;
   }
-  /// Null if no segment so far has an output of that name.
-  [[nodiscard]] const KelTransformNS::ResolvedField* FindSegmentOutput(std::string_view name) const;
+  /// The same for the answer to an output field of this ensemble that asks a segment. It has a slot of its own, since a
+  /// segment's own output may have its name.
+  [[nodiscard]] std::uint32_t AddAnswer(const KelTransformNS::ResolvedField& field);
+  /// Null if no segment so far has answered an output field of that name.
+  [[nodiscard]] const KelTransformNS::ResolvedField* FindAnswer(std::string_view name) const;
+  /// Where the segments leave outputs and answers.
+  [[nodiscard]] const std::vector<std::uint32_t>& SegmentSlots() const noexcept { return fSegmentSlots; }
 
   /// The scope of the ensemble; null for the model that is scored.
   [[nodiscard]] FieldScope* Outer() const noexcept { return fOuter; }
@@ -134,6 +140,8 @@ class FieldScope {
   std::optional<KelTransformNS::ResolvedField> FindForSegment(std::string_view name, bool isListed);
   KelTransformNS::ResolvedField AddSegmentInput(const MiningField& field, KelTransformNS::ResolvedField outer);
   [[nodiscard]] bool TreatsAgain(const MiningField& field) const;
+  void ShareInput(std::uint32_t slot);
+  std::uint32_t NewSegmentSlot();
   void DeclareSegmentFields(const Element& model);
   [[nodiscard]] bool IsDataField(std::string_view name) const { return fDocument.dictionary.Find(name) != nullptr; }
   KelTransformNS::ResolvedField AddInput(const MiningField& field);
@@ -158,6 +166,8 @@ class FieldScope {
   std::vector<std::uint32_t> fDerivedSlots;
   std::vector<KelTransformNS::ResolvedField> fSegmentOutputs;
   NameMap<std::size_t> fSegmentOutputPositions;
+  NameMap<KelTransformNS::ResolvedField> fAnswers;
+  std::vector<std::uint32_t> fSegmentSlots;
 };
 
 }  // namespace Torvane

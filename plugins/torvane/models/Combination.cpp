@@ -1,30 +1,58 @@
 #include "plugins/torvane/models/Combination.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace Torvane {
 namespace {
 
-// Sorts both arrays by the values. Ensembles are small, and this needs no memory.
-void SortTogether(double* values, double* weights, std::size_t count) noexcept {
-  for (std::size_t i = 1; i < count; ++i) {
-    for (std::size_t j = i; j > 0 && values[j] < values[j - 1]; --j) {
-      std::swap(values[j], values[j - 1]);
-      std::swap(weights[j], weights[j - 1]);
-    }
+void SwapEntries(double* values, double* weights, std::size_t a, std::size_t b) noexcept {
+  std::swap(values[a], values[b]);
+  std::swap(weights[a], weights[b]);
+}
+
+// Moves an entry of a heap, whose largest value comes first, down to its place.
+void SiftDown(double* values, double* weights, std::size_t at, std::size_t count) noexcept {
+  for (std::size_t child = 2 * at + 1; child < count; child = 2 * at + 1) {
+    if (child + 1 < count && values[child] < values[child + 1]) ++child;
+    if (!(values[at] < values[child])) return;
+    SwapEntries(values, weights, at, child);
+    at = child;
   }
 }
 
-// How many rows stand before a row if they are sorted by a column, equal ones by their position.
-std::size_t RankOf(const double* rows, std::size_t rowCount, std::size_t columnCount, std::size_t column,
-                   std::size_t row) noexcept {
-  const double value = rows[row * columnCount + column];
-  std::size_t rank = 0;
-  for (std::size_t other = 0; other < rowCount; ++other) {
-    const double compared = rows[other * columnCount + column];
-    if (compared < value || (compared == value && other < row)) ++rank;
+// Sorts both arrays by the values: a heap sort, which needs no memory.
+void SortTogether(double* values, double* weights, std::size_t count) noexcept {
+  for (std::size_t at = count / 2; at-- > 0;) SiftDown(values, weights, at, count);
+  for (std::size_t end = count; end-- > 1;) {
+    SwapEntries(values, weights, 0, end);
+    SiftDown(values, weights, 0, end);
   }
-  return rank;
+}
+
+// Drops the values without weight and gives the number of those that stay.
+std::size_t KeepWeighted(double* values, double* weights, std::size_t count) noexcept {
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (weights[i] == 0.0) continue;
+    values[kept] = values[i];
+    weights[kept++] = weights[i];
+  }
+  return kept;
+}
+
+// The row before which `rank` others stand if the rows are sorted by a column, equal ones in their order.
+std::size_t RowOfRank(const double* rows, std::size_t rowCount, std::size_t columnCount, std::size_t column,
+                      std::size_t rank, double* scratch) noexcept {
+  for (std::size_t row = 0; row < rowCount; ++row) scratch[row] = rows[row * columnCount + column];
+  std::nth_element(scratch, scratch + rank, scratch + rowCount);
+  const double value = scratch[rank];
+  auto before = std::count_if(scratch, scratch + rank, [&](double other) { return other < value; });
+  for (std::size_t row = 0; row < rowCount; ++row) {
+    if (rows[row * columnCount + column] != value) continue;
+    if (static_cast<std::size_t>(before++) == rank) return row;
+  }
+  return 0;
 }
 
 }  // namespace
@@ -49,6 +77,8 @@ double Median(double* values, std::size_t count) noexcept {
 }
 
 double WeightedMedian(double* values, double* weights, std::size_t count) noexcept {
+  count = KeepWeighted(values, weights, count);
+  if (count == 0) return std::numeric_limits<double>::quiet_NaN();
   SortTogether(values, weights, count);
   double total = 0.0;
   for (std::size_t i = 0; i < count; ++i) total += weights[i];
@@ -62,14 +92,9 @@ double WeightedMedian(double* values, double* weights, std::size_t count) noexce
 }
 
 std::pair<std::size_t, std::size_t> MedianRows(const double* rows, std::size_t rowCount, std::size_t columnCount,
-                                               std::size_t column) noexcept {
-  std::pair<std::size_t, std::size_t> median(0, 0);
-  for (std::size_t row = 0; row < rowCount; ++row) {
-    const std::size_t rank = RankOf(rows, rowCount, columnCount, column, row);
-    if (rank == (rowCount - 1) / 2) median.first = row;
-    if (rank == rowCount / 2) median.second = row;
-  }
-  return median;
+                                               std::size_t column, double* scratch) noexcept {
+  return {RowOfRank(rows, rowCount, columnCount, column, (rowCount - 1) / 2, scratch),
+          RowOfRank(rows, rowCount, columnCount, column, rowCount / 2, scratch)};
 }
 
 }  // namespace Torvane

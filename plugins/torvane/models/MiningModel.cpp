@@ -61,14 +61,15 @@ MiningModel::Part MiningModel::Run(const Segment& segment, Frame frame, bool wan
   }
 }
 
-// Runs the segments and gives the result of each to `take`, with its weight. False if the ensemble has no result
-// whatever the others are; the outcome then says why.
+// Runs the segments and gives the result of each to `take`, with its weight. False if the ensemble has no result; the
+// outcome then says why. All segments run even so: outputs may ask for the results of each.
 template <typename Take>
 bool MiningModel::RunAll(Frame frame, bool wantsDistribution, Prediction& prediction, Tally& tally,
                          const Take& take) const {
   double* const numbers = prediction.scratch + fOwnNumbers;
-  const bool endsAtMissing = fMissingTreatment == MissingTreatment::kReturnMissing ||
-                             (fMissingTreatment == MissingTreatment::kContinue && fMethod != Method::kMajorityVote);
+  const bool needsAll = fMissingTreatment == MissingTreatment::kReturnMissing ||
+                        (fMissingTreatment == MissingTreatment::kContinue && fMethod != Method::kMajorityVote);
+  bool hasAll = true;
   for (const Segment& segment : fSegments) {
     Prediction part;
     const Part outcome = Run(segment, frame, wantsDistribution, part, numbers);
@@ -81,21 +82,31 @@ bool MiningModel::RunAll(Frame frame, bool wantsDistribution, Prediction& predic
     if (outcome == Part::kValue && !std::isnan(weight)) {
       tally.results += weight;
       take(segment, part, weight);
-    } else if (endsAtMissing) {
-      return false;
     } else {
+      hasAll = false;
       tally.missing += std::isnan(weight) ? segment.weight : weight;
     }
   }
+  if (hasAll) return true;
+  if (needsAll) return false;
   return fMissingTreatment != MissingTreatment::kSkipSegment ||
-         tally.missing <= fMissingThreshold * (tally.results + tally.missing);
+         tally.missing / (tally.results + tally.missing) <= fMissingThreshold;
 }
 
-// NaN if the field of the weight is missing.
+// For the outputs, if the segments end before those that are the first to need some fields.
+void MiningModel::FinishDerived(std::size_t firstSegment, Frame frame) const noexcept {
+  if (!fOutputsMayReadDerived) return;
+  for (std::size_t i = firstSegment; i < fSegments.size(); ++i) {
+    if (fSegments[i].hasDerived) fSegments[i].derived.Run(frame);
+  }
+}
+
+// NaN if the field of the weight is missing, or holds what can't be one.
 double MiningModel::WeightOf(const Segment& segment, const Cell* frame) const noexcept {
   if (segment.weightSlot == Prediction::kNone) return segment.weight;
   const Cell& factor = frame[segment.weightSlot];
-  return factor.state == Cell::kNumber ? segment.weight * factor.number : std::numeric_limits<double>::quiet_NaN();
+  const bool isFactor = factor.state == Cell::kNumber && factor.number >= 0.0 && std::isfinite(factor.number);
+  return isFactor ? segment.weight * factor.number : std::numeric_limits<double>::quiet_NaN();
 }
 
 void MiningModel::Scatter(const Segment& segment, const double* figures, double weight, double* sums) const noexcept {
@@ -133,7 +144,7 @@ void MiningModel::SelectFirst(Frame frame, Prediction& prediction) const {
     prediction.entity = i;
     if (outcome == Part::kInvalid) prediction.outcome = Outcome::kInvalid;
     if (outcome == Part::kValue) TakeOver(fSegments[i], part, prediction);
-    return;
+    return FinishDerived(i + 1, frame);
   }
 }
 
@@ -144,22 +155,25 @@ void MiningModel::SelectAll(Frame frame, Prediction& prediction) const {
     const double result = fIsNumeric ? part.number : CategoryOf(segment, part.category);
     prediction.ranking[prediction.rankingCount++] = {index, result};
   };
-  if (RunAll(frame, false, prediction, tally, take) && prediction.rankingCount > 0) {
-    prediction.outcome = Outcome::kValue;
-    prediction.category = 0;
-  }
+  if (!RunAll(frame, false, prediction, tally, take)) prediction.rankingCount = 0;
+  if (prediction.rankingCount == 0) return;
+  prediction.outcome = Outcome::kValue;
+  prediction.category = 0;
 }
 
 // The result is that of the last segment that took part; the others hand on what they found by their outputs.
 void MiningModel::RunChain(Frame frame, Prediction& prediction) const {
-  for (const Segment& segment : fSegments) {
+  for (std::size_t i = 0; i < fSegments.size(); ++i) {
+    const Segment& segment = fSegments[i];
     Prediction part;
     const Part outcome = Run(segment, frame, prediction.wantsDistribution, part, prediction.scratch + fOwnNumbers);
     if (outcome == Part::kSkipped) continue;
     if (outcome == Part::kMissing && fMissingTreatment == MissingTreatment::kSkipSegment) continue;
     prediction.outcome = outcome == Part::kInvalid ? Outcome::kInvalid : Outcome::kMissing;
     if (outcome == Part::kInvalid) return;
-    if (outcome == Part::kMissing && fMissingTreatment == MissingTreatment::kReturnMissing) return;
+    if (outcome == Part::kMissing && fMissingTreatment == MissingTreatment::kReturnMissing) {
+      return FinishDerived(i + 1, frame);
+    }
     if (outcome == Part::kValue && segment.givesResult) TakeOver(segment, part, prediction);
   }
 }
@@ -246,8 +260,14 @@ void MiningModel::CompareProbabilities(Frame frame, Prediction& prediction) cons
     if (part.hasProbabilities) Scatter(segment, part.probabilities, 1.0, row);
   };
   if (!RunAll(frame, true, prediction, tally, take) || rowCount == 0) return;
-  if (fMethod == Method::kMedian) return TakeMedians(rows, rowCount, prediction);
-  TakeMaximum(rows, rowCount, prediction);
+  const std::uint32_t largest = IndexOfLargest(rows, rowCount * fCategoryCount);
+  if (largest == Prediction::kNone) {
+    prediction.outcome = Outcome::kInvalid;
+  } else if (fMethod == Method::kMedian) {
+    TakeMedians(rows, rowCount, prediction);
+  } else {
+    TakeMaximum(rows, rowCount, largest, prediction);
+  }
 }
 
 // The category with the largest median wins. From version 4.3 on the probabilities are those of the model that gave
@@ -260,20 +280,16 @@ void MiningModel::TakeMedians(const double* rows, std::size_t rowCount, Predicti
   }
   ConcludeByProbabilities(prediction);
   if (!fTellsWinnersShares || prediction.outcome != Outcome::kValue) return;
-  const auto [low, high] = MedianRows(rows, rowCount, fCategoryCount, prediction.category);
+  const auto [low, high] = MedianRows(rows, rowCount, fCategoryCount, prediction.category, column);
   for (std::uint32_t i = 0; i < fCategoryCount; ++i) {
     prediction.probabilities[i] = 0.5 * (rows[low * fCategoryCount + i] + rows[high * fCategoryCount + i]);
   }
 }
 
 // The largest probability of all wins; told is the mean of the models that are as sure of this category.
-void MiningModel::TakeMaximum(const double* rows, std::size_t rowCount, Prediction& prediction) const noexcept {
-  const std::uint32_t best = IndexOfLargest(rows, rowCount * fCategoryCount);
-  if (best == Prediction::kNone) {
-    prediction.outcome = Outcome::kInvalid;
-    return;
-  }
-  const std::uint32_t winner = best % fCategoryCount;
+void MiningModel::TakeMaximum(const double* rows, std::size_t rowCount, std::size_t best,
+                              Prediction& prediction) const noexcept {
+  const auto winner = static_cast<std::uint32_t>(best % fCategoryCount);
   std::fill_n(prediction.probabilities, fCategoryCount, 0.0);
   double count = 0.0;
   for (std::size_t row = 0; row < rowCount; ++row) {

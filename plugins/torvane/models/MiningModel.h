@@ -77,6 +77,7 @@ class MiningModel final : public ModelBody {
   template <typename Take>
   bool RunAll(KelTransformNS::Frame frame, bool wantsDistribution, Prediction& prediction, Tally& tally,
               const Take& take) const;
+  void FinishDerived(std::size_t firstSegment, KelTransformNS::Frame frame) const noexcept;
   [[nodiscard]] double WeightOf(const Segment& segment, const KelTransformNS::Cell* frame) const noexcept;
   [[nodiscard]] std::uint32_t CategoryOf(const Segment& segment, std::uint32_t category) const noexcept {
     return segment.categories.empty() ? category : segment.categories[category];
@@ -93,7 +94,7 @@ class MiningModel final : public ModelBody {
   void AverageProbabilities(KelTransformNS::Frame frame, Prediction& prediction) const;
   void CompareProbabilities(KelTransformNS::Frame frame, Prediction& prediction) const;
   void TakeMedians(const double* rows, std::size_t rowCount, Prediction& prediction) const;
-  void TakeMaximum(const double* rows, std::size_t rowCount, Prediction& prediction) const noexcept;
+  void TakeMaximum(const double* rows, std::size_t rowCount, std::size_t best, Prediction& prediction) const noexcept;
   void ConcludeByProbabilities(Prediction& prediction) const noexcept;
 
   PredicateTable fPredicates;
@@ -105,7 +106,8 @@ class MiningModel final : public ModelBody {
   Method fMethod = Method::kMajorityVote;
   bool fIsWeighted = false;
   bool fIsNumeric = false;
-  bool fIsSinglePrecision = false;   // numbers are added up in single precision
+  bool fIsSinglePrecision = false;  // numbers are added up in single precision
+  bool fOutputsMayReadDerived = false;
   bool fTellsWinnersShares = false;  // a median tells the probabilities of the models that gave it
   bool fGivesProbabilities = false;
   bool fGivesConfidences = false;

@@ -73,7 +73,11 @@ void MiningReader::CheckDepth() const {
 void MiningReader::CollectAskedOutputs() {
   const Element output = fElement.Child("Output");
   for (Element field = output.Child("OutputField"); field; field = field.Next("OutputField")) {
-    if (const auto id = field.Attribute("segmentId")) fAsked[std::string(*id)].push_back(field);
+    if (const auto id = field.Attribute("segmentId")) {
+      fAsked[std::string(*id)].push_back(field);
+    } else if (KelTransformNS::FindExpression(field)) {
+      fModel->fOutputsMayReadDerived = true;
+    }
   }
 }
 
@@ -205,7 +209,9 @@ void MiningReader::SeparateDerivedFields(const Element& predicate) {
 void MiningReader::AddId(const Element& element) {
   const std::optional<std::string_view> id = element.Attribute("id");
   std::string known = id ? std::string(*id) : std::to_string(fModel->fSegments.size() + 1);
-  if (!fKnownIds.emplace(known, true).second && id) throw element.AttributeError("id", "is that of another segment");
+  if (!fKnownIds.emplace(known, true).second) {
+    throw element.Error("has the identifier " + Quoted(known) + " of another one");
+  }
   fModel->fIds.push_back(std::move(known));
 }
 
@@ -213,13 +219,15 @@ void MiningReader::ReadWeight(const Element& element, Segment& segment) {
   segment.weight = ReadFinite(element, "weight").value_or(1.0);
   if (segment.weight < 0.0) throw element.AttributeError("weight", "is below 0");
   const Element variable = element.Child("VariableWeight");
-  if (variable) segment.weightSlot = fScope.ResolveNumeric(variable.Required("field"), variable).slot;
+  if (!variable) return;
+  if (variable.Next("VariableWeight")) throw variable.Next("VariableWeight").Error("is a second one of its segment");
+  segment.weightSlot = fScope.ResolveNumeric(variable.Required("field"), variable).slot;
 }
 
 void MiningReader::AddModel(const Element& element, const std::vector<Element>& asked, Segment segment) {
   segment.model = CompiledModel::BuildMember(element, fScope, asked);
   CheckFunction(element, segment);
-  segment.givesResult = segment.model->GetTarget().Function() == fTarget.Function();
+  segment.givesResult = PredictsTheSame(segment);
   if (segment.givesResult && !fTarget.IsNumeric()) MapCategories(element, segment);
   if (!fComputesAtOnce) {
     segment.derived = fScope.Compiler().Finish();
@@ -227,6 +235,14 @@ void MiningReader::AddModel(const Element& element, const std::vector<Element>& 
   }
   fModel->fPartNumbers = std::max(fModel->fPartNumbers, segment.model->NumberCount());
   fModel->fSegments.push_back(std::move(segment));
+}
+
+// Models of a chain, but for the last, may predict something else.
+bool MiningReader::PredictsTheSame(const Segment& segment) const {
+  const Target& target = segment.model->GetTarget();
+  if (target.Function() != fTarget.Function()) return false;
+  const bool isNamed = !target.Name().empty() && !fTarget.Name().empty();
+  return fModel->fMethod != Method::kModelChain || !isNamed || target.Name() == fTarget.Name();
 }
 
 void MiningReader::CheckFunction(const Element& element, const Segment& segment) const {
@@ -270,14 +286,21 @@ bool MiningReader::IsSelection() const noexcept {
   return fModel->fMethod == Method::kSelectFirst || fModel->fMethod == Method::kModelChain;
 }
 
-void MiningReader::Conclude() {
-  MiningModel& model = *fModel;
-  if (!model.fSegments.back().givesResult) {
+// The last model gives the result, whatever its target is called.
+void MiningReader::ConcludeChain() {
+  Segment& last = fModel->fSegments.back();
+  if (last.givesResult) return;
+  if (last.model->GetTarget().Function() != fTarget.Function()) {
     throw fElement.AttributeError("functionName", "isn't that of its last model");
   }
-  for (const KelTransformNS::ResolvedField& output : fScope.SegmentOutputs()) {
-    model.fOutputSlots.push_back(output.slot);
-  }
+  last.givesResult = true;
+  if (!fTarget.IsNumeric()) MapCategories(fElement, last);
+}
+
+void MiningReader::Conclude() {
+  MiningModel& model = *fModel;
+  ConcludeChain();
+  model.fOutputSlots = fScope.SegmentSlots();
   const auto gives = [&](auto question) {
     return std::all_of(model.fSegments.begin(), model.fSegments.end(), [&](const Segment& segment) {
       return !segment.givesResult || (segment.model->Body().*question)();

@@ -34,10 +34,12 @@ class MiningReader {
   void CheckFunction(const Element& element, const Segment& segment) const;
   void MapCategories(const Element& element, Segment& segment);
   void ReadComposition();
+  void ConcludeChain();
   void Conclude();
   void LayOutTrees();
 
   void SeparateDerivedFields(const Element& predicate);
+  [[nodiscard]] bool PredictsTheSame(const Segment& segment) const;
   [[nodiscard]] bool IsSelection() const noexcept;
 
   const Element fElement;

@@ -127,7 +127,7 @@ void OutputTable::ReadAsked(FieldScope& scope, const Element& element) {
   AddToScope(scope, output);
   const ResolvedField field{output.key.Name(), output.type, KelTransformNS::ImpliedOpType(output.type), output.slot};
   fHidden.push_back(std::move(output));
-  ExportTo(*scope.Outer(), field, element);
+  fExports.push_back({field.slot, scope.Outer()->AddAnswer(field)});
 }
 
 // What the segments of an ensemble tell, a host may ask for, too.
@@ -194,13 +194,12 @@ void OutputTable::ReadOutputField(FieldScope& scope, const Element& element) {
   Place(std::move(output), element);
 }
 
-// The segment leaves its result in a field of the ensemble, under the name of the output. Of a segment that isn't there
-// it is missing.
+// The segment has left its answer in the frame. Of a segment that isn't there it is missing.
 Output OutputTable::ReadFromSegment(const FieldScope& scope, const Element& element) const {
   if (!fBody.IsEnsemble()) throw element.AttributeError("segmentId", "needs segments");
   Output output{std::string(element.Required("name"))};
   output.isDeclared = true;
-  if (const ResolvedField* field = scope.FindSegmentOutput(output.key.Name())) {
+  if (const ResolvedField* field = scope.FindAnswer(output.key.Name())) {
     output.feature = Feature::kExpression;
     output.type = field->dataType;
     output.slot = field->slot;
