@@ -15,6 +15,15 @@ MiningFunction ReadFunction(const Element& model, const ModelKind& kind) {
   return function;
 }
 
+// Models inside models are built and evaluated by recursion, for which a thread's stack must have room.
+constexpr int kDeepest = 100;
+
+void CheckDepth(const Element& model, const FieldScope& outer) {
+  int depth = 1;
+  for (const FieldScope* scope = outer.Outer(); scope != nullptr; scope = scope->Outer()) ++depth;
+  if (depth > kDeepest) throw model.Error("is a model inside too many others");
+}
+
 void CheckIsScorable(const Element& model) {
   if (!model.Boolean("isScorable", true)) {
     throw model.AttributeError("isScorable", "says that the model isn't meant for scoring");
@@ -58,6 +67,7 @@ std::unique_ptr<const CompiledModel> CompiledModel::BuildMember(const Element& m
                                                                 const std::vector<Element>& outputs) {
   const ModelKind* const kind = FindMemberKind(model.Name());
   if (kind == nullptr) throw model.Error("is not supported");
+  CheckDepth(model, ensemble);
   FieldScope scope(ensemble, model);
   std::unique_ptr<CompiledModel> compiled = BuildIn(scope, model, *kind);
   if (OutputTable::IsNeededBy(model, scope, outputs)) {

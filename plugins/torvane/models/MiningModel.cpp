@@ -109,31 +109,7 @@ double MiningModel::WeightOf(const Segment& segment, const Cell* frame) const no
   return isFactor ? segment.weight * factor.number : std::numeric_limits<double>::quiet_NaN();
 }
 
-void MiningModel::Scatter(const Segment& segment, const double* figures, double weight, double* sums) const noexcept {
-  const std::size_t count = segment.model->GetTarget().Categories().size();
-  for (std::uint32_t i = 0; i < count; ++i) sums[CategoryOf(segment, i)] += weight * figures[i];
-}
-
 // --- Selection ---
-
-void MiningModel::TakeOver(const Segment& segment, const Prediction& part, Prediction& prediction) const noexcept {
-  prediction.outcome = Outcome::kValue;
-  if (fIsNumeric) {
-    prediction.number = part.number;
-    return;
-  }
-  prediction.category = CategoryOf(segment, part.category);
-  prediction.hasProbabilities = part.hasProbabilities;
-  prediction.hasConfidences = part.hasConfidences;
-  if (part.hasProbabilities) {
-    std::fill_n(prediction.probabilities, fCategoryCount, 0.0);
-    Scatter(segment, part.probabilities, 1.0, prediction.probabilities);
-  }
-  if (part.hasConfidences) {
-    std::fill_n(prediction.confidences, fCategoryCount, 0.0);
-    Scatter(segment, part.confidences, 1.0, prediction.confidences);
-  }
-}
 
 void MiningModel::SelectFirst(Frame frame, Prediction& prediction) const {
   for (std::uint32_t i = 0; i < fSegments.size(); ++i) {
@@ -143,7 +119,7 @@ void MiningModel::SelectFirst(Frame frame, Prediction& prediction) const {
     if (outcome == Part::kMissing && fMissingTreatment == MissingTreatment::kSkipSegment) continue;
     prediction.entity = i;
     if (outcome == Part::kInvalid) prediction.outcome = Outcome::kInvalid;
-    if (outcome == Part::kValue) TakeOver(fSegments[i], part, prediction);
+    if (outcome == Part::kValue) fSegments[i].HandOver(part, fCategoryCount, prediction);
     return FinishDerived(i + 1, frame);
   }
 }
@@ -152,7 +128,7 @@ void MiningModel::SelectAll(Frame frame, Prediction& prediction) const {
   Tally tally;
   const auto take = [&](const Segment& segment, const Prediction& part, double) {
     const auto index = static_cast<std::uint32_t>(&segment - fSegments.data());
-    const double result = fIsNumeric ? part.number : CategoryOf(segment, part.category);
+    const double result = fIsNumeric ? part.number : segment.CategoryOf(part.category);
     prediction.ranking[prediction.rankingCount++] = {index, result};
   };
   if (!RunAll(frame, false, prediction, tally, take)) prediction.rankingCount = 0;
@@ -174,7 +150,7 @@ void MiningModel::RunChain(Frame frame, Prediction& prediction) const {
     if (outcome == Part::kMissing && fMissingTreatment == MissingTreatment::kReturnMissing) {
       return FinishDerived(i + 1, frame);
     }
-    if (outcome == Part::kValue && segment.givesResult) TakeOver(segment, part, prediction);
+    if (outcome == Part::kValue && segment.givesResult) segment.HandOver(part, fCategoryCount, prediction);
   }
 }
 
@@ -226,7 +202,7 @@ void MiningModel::Vote(Frame frame, Prediction& prediction) const {
   std::fill_n(votes, fCategoryCount, 0.0);
   Tally tally;
   const auto take = [&](const Segment& segment, const Prediction& part, double weight) {
-    votes[CategoryOf(segment, part.category)] += weight;
+    votes[segment.CategoryOf(part.category)] += weight;
   };
   if (!RunAll(frame, false, prediction, tally, take) || tally.results <= 0.0) return;
   const bool countsMissing = fMissingTreatment == MissingTreatment::kContinue;
@@ -242,7 +218,7 @@ void MiningModel::AverageProbabilities(Frame frame, Prediction& prediction) cons
   std::fill_n(sums, fCategoryCount, 0.0);
   Tally tally;
   const auto take = [&](const Segment& segment, const Prediction& part, double weight) {
-    if (part.hasProbabilities) Scatter(segment, part.probabilities, weight, sums);
+    if (part.hasProbabilities) segment.Scatter(part.probabilities, weight, sums);
   };
   if (!RunAll(frame, true, prediction, tally, take) || tally.results == 0.0) return;
   for (std::uint32_t i = 0; i < fCategoryCount; ++i) sums[i] /= tally.results;
@@ -257,7 +233,7 @@ void MiningModel::CompareProbabilities(Frame frame, Prediction& prediction) cons
   const auto take = [&](const Segment& segment, const Prediction& part, double) {
     double* const row = rows + rowCount++ * fCategoryCount;
     std::fill_n(row, fCategoryCount, 0.0);
-    if (part.hasProbabilities) Scatter(segment, part.probabilities, 1.0, row);
+    if (part.hasProbabilities) segment.Scatter(part.probabilities, 1.0, row);
   };
   if (!RunAll(frame, true, prediction, tally, take) || rowCount == 0) return;
   const std::uint32_t largest = IndexOfLargest(rows, rowCount * fCategoryCount);

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "components/keltransform/Program.h"
-#include "plugins/torvane/CompiledModel.h"
 #include "plugins/torvane/fields/FieldScope.h"
+#include "plugins/torvane/models/Member.h"
 #include "plugins/torvane/models/ModelBody.h"
 #include "plugins/torvane/models/TreeEnsemble.h"
 #include "plugins/torvane/predicates/Predicate.h"
@@ -53,16 +53,14 @@ class MiningModel final : public ModelBody {
   /// What becomes of the result if a segment gives none.
   enum class MissingTreatment : std::uint8_t { kContinue, kSkipSegment, kReturnMissing };
 
-  struct Segment {
+  struct Segment : Member {
     KelTransformNS::Program derived;  // fields of the ensemble that are computed when it is this segment's turn
     bool hasDerived = false;
     std::vector<std::uint32_t> derivedSlots;  // that the predicate reads
     Test predicate;
     double weight = 1.0;
     std::uint32_t weightSlot = Prediction::kNone;  // of a field that the weight is multiplied by
-    std::unique_ptr<const CompiledModel> model;
-    std::vector<std::uint32_t> categories;  // of the ensemble, by those of the model; empty: they are the same
-    bool givesResult = true;                // that can be the ensemble's
+    bool givesResult = true;                       // that can be the ensemble's
   };
   // The results of the segments that took part so far, and the missing ones among them. Both are numbers of segments,
   // or sums of their weights where the method weighs.
@@ -79,11 +77,6 @@ class MiningModel final : public ModelBody {
               const Take& take) const;
   void FinishDerived(std::size_t firstSegment, KelTransformNS::Frame frame) const noexcept;
   [[nodiscard]] double WeightOf(const Segment& segment, const KelTransformNS::Cell* frame) const noexcept;
-  [[nodiscard]] std::uint32_t CategoryOf(const Segment& segment, std::uint32_t category) const noexcept {
-    return segment.categories.empty() ? category : segment.categories[category];
-  }
-  void TakeOver(const Segment& segment, const Prediction& part, Prediction& prediction) const noexcept;
-  void Scatter(const Segment& segment, const double* figures, double weight, double* sums) const noexcept;
 
   void SelectFirst(KelTransformNS::Frame frame, Prediction& prediction) const;
   void SelectAll(KelTransformNS::Frame frame, Prediction& prediction) const;

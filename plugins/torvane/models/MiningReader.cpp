@@ -8,9 +8,6 @@
 namespace Torvane {
 namespace {
 
-// Ensembles inside ensembles are built and evaluated by recursion, for which a thread's stack must have room.
-constexpr int kDeepest = 100;
-
 // From this version on a median tells the probabilities of the models that gave it.
 constexpr int kClarifiedVersion = 403;
 
@@ -50,7 +47,6 @@ MiningReader::MiningReader(const Element& model, FieldScope& scope, Target& targ
 
 std::unique_ptr<MiningModel> MiningReader::Read() {
   RefuseUnknownModelChildren(fElement, {"Segmentation", "Regression", "DecisionTree"});
-  CheckDepth();
   fModel->fIsNumeric = fTarget.IsNumeric();
   CollectAskedOutputs();
   const Element segmentation = fElement.Child("Segmentation");
@@ -61,12 +57,6 @@ std::unique_ptr<MiningModel> MiningReader::Read() {
   }
   Conclude();
   return std::move(fModel);
-}
-
-void MiningReader::CheckDepth() const {
-  int depth = 0;
-  for (const FieldScope* scope = fScope.Outer(); scope != nullptr; scope = scope->Outer()) ++depth;
-  if (depth > kDeepest) throw fElement.Error("is an ensemble inside too many others");
 }
 
 // Output fields with a "segmentId" are of the segment that they name.
@@ -228,7 +218,7 @@ void MiningReader::AddModel(const Element& element, const std::vector<Element>& 
   segment.model = CompiledModel::BuildMember(element, fScope, asked);
   CheckFunction(element, segment);
   segment.givesResult = PredictsTheSame(segment);
-  if (segment.givesResult && !fTarget.IsNumeric()) MapCategories(element, segment);
+  if (segment.givesResult && !fTarget.IsNumeric()) segment.MapCategories(element, fTarget);
   if (!fComputesAtOnce) {
     segment.derived = fScope.Compiler().Finish();
     segment.hasDerived = !segment.derived.IsEmpty();
@@ -258,16 +248,6 @@ void MiningReader::CheckFunction(const Element& element, const Segment& segment)
   }
 }
 
-void MiningReader::MapCategories(const Element& element, Segment& segment) {
-  const std::vector<Category>& categories = segment.model->GetTarget().Categories();
-  bool isSame = true;
-  for (std::uint32_t i = 0; i < categories.size(); ++i) {
-    segment.categories.push_back(fTarget.AddCategory(element, "the category", categories[i].text));
-    isSame = isSame && segment.categories.back() == i;
-  }
-  if (isSame) segment.categories.clear();
-}
-
 // Models without a segment each: they run one after the other, and hand on their results by "ResultField"s.
 void MiningReader::ReadComposition() {
   fModel->fMethod = Method::kModelChain;
@@ -294,7 +274,7 @@ void MiningReader::ConcludeChain() {
     throw fElement.AttributeError("functionName", "isn't that of its last model");
   }
   last.givesResult = true;
-  if (!fTarget.IsNumeric()) MapCategories(fElement, last);
+  if (!fTarget.IsNumeric()) last.MapCategories(fElement, fTarget);
 }
 
 void MiningReader::Conclude() {

@@ -19,7 +19,6 @@ class MiningReader {
   using MissingTreatment = MiningModel::MissingTreatment;
   using Segment = MiningModel::Segment;
 
-  void CheckDepth() const;
   void ReadSegmentation(const Element& segmentation);
   void ReadSegments(const Element& segmentation);
   void CheckOrder(const Element& segmentation) const;
@@ -32,7 +31,6 @@ class MiningReader {
   void AddId(const Element& element);
   void AddModel(const Element& element, const std::vector<Element>& asked, Segment segment);
   void CheckFunction(const Element& element, const Segment& segment) const;
-  void MapCategories(const Element& element, Segment& segment);
   void ReadComposition();
   void ConcludeChain();
   void Conclude();

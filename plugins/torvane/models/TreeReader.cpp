@@ -43,7 +43,12 @@ double ReadCount(const Element& element) { return ReadShare(element, "recordCoun
 }  // namespace
 
 std::unique_ptr<ModelBody> TreeModel::Build(const Element& model, FieldScope& scope, Target& target) {
-  return TreeReader(model, scope, target).Read();
+  TreeReader reader(model, scope, target);
+  std::unique_ptr<TreeModel> tree = reader.Read();
+  std::vector<SelectionTree::Leaf> models = reader.TakeModels();
+  if (models.empty()) return tree;
+  return std::make_unique<SelectionTree>(std::move(tree), std::move(models), scope.SegmentSlots(),
+                                         target.Categories().size());
 }
 
 TreeReader::TreeReader(const Element& model, FieldScope& scope, Target& target)
@@ -121,7 +126,7 @@ void TreeReader::ReadChild(OpenNode& parent, std::vector<OpenNode>& open) {
 TreeReader::OpenNode TreeReader::AddNode(const Element& element) {
   if (fTree->fNodes.size() >= kMaxNodes) throw element.Error("is one node too many");
   RefuseUnknownChildren(element, {"SimplePredicate", "CompoundPredicate", "SimpleSetPredicate", "True", "False",
-                                  "Partition", "ScoreDistribution", "Node"});
+                                  "Partition", "ScoreDistribution", "Node", "Regression", "DecisionTree"});
   const auto node = static_cast<std::uint32_t>(fTree->fNodes.size());
   const Element firstChild = element.Child("Node");
   fTree->fNodes.emplace_back();
@@ -132,6 +137,7 @@ TreeReader::OpenNode TreeReader::AddNode(const Element& element) {
   ReadRecordCount(element, static_cast<bool>(firstChild));
   ReadResult(element, node, static_cast<bool>(firstChild));
   AddEntries(element, static_cast<bool>(firstChild));
+  ReadModels(element, node, static_cast<bool>(firstChild));
   return {node, 0, element, firstChild};
 }
 
@@ -241,6 +247,30 @@ double TreeReader::Probability(const Entry& entry, bool allGiven, double countSu
 
 bool TreeReader::InnerNodesPredict() const {
   return fTree->fReturnsLast || fTree->fMissingStrategy == Strategy::kLastPrediction;
+}
+
+void TreeReader::ReadModels(const Element& element, std::uint32_t node, bool isInner) {
+  for (Element child = element.FirstChild(); child; child = child.NextSibling()) {
+    if (!IsComposed(child)) continue;
+    if (isInner) throw child.Error("is not supported beside nodes");
+    if (!fModels.empty() && fModels.back().node == node) throw child.Error("is a second model of its node");
+    AddModel(child, node);
+  }
+}
+
+// A strategy that mixes the records of several leaves knows no models.
+void TreeReader::AddModel(const Element& element, std::uint32_t node) {
+  const Strategy strategy = fTree->fMissingStrategy;
+  if (strategy == Strategy::kWeightedConfidence || strategy == Strategy::kAggregateNodes) {
+    throw element.Error("is not supported with the missingValueStrategy of its tree");
+  }
+  SelectionTree::Leaf& leaf = fModels.emplace_back();
+  leaf.node = node;
+  leaf.model = CompiledModel::BuildMember(element, fScope, {});
+  if (leaf.model->GetTarget().Function() != fTarget.Function()) {
+    throw element.AttributeError("functionName", "isn't that of its tree");
+  }
+  if (!fTarget.IsNumeric()) leaf.MapCategories(element, fTarget);
 }
 
 void TreeReader::MarkSplit(std::uint32_t node) {

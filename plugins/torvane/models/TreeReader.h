@@ -4,8 +4,10 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "plugins/torvane/models/SelectionTree.h"
 #include "plugins/torvane/models/TreeModel.h"
 
 namespace Torvane {
@@ -15,6 +17,8 @@ class TreeReader {
  public:
   TreeReader(const Element& model, FieldScope& scope, Target& target);
   std::unique_ptr<TreeModel> Read();
+  /// The models that leaves hold, after `Read`.
+  [[nodiscard]] std::vector<SelectionTree::Leaf> TakeModels() { return std::move(fModels); }
 
  private:
   using Strategy = TreeModel::MissingStrategy;
@@ -44,6 +48,8 @@ class TreeReader {
   void ReadDistribution(const Element& element);
   void ReadRecordCount(const Element& element, bool isInner);
   void AddEntries(const Element& element, bool isInner);
+  void ReadModels(const Element& element, std::uint32_t node, bool isInner);
+  void AddModel(const Element& element, std::uint32_t node);
   void MarkSplit(std::uint32_t node);
   void FindDefaultChild(const OpenNode& open);
   [[nodiscard]] std::uint32_t AddScore(const Element& element, std::string_view what, std::string_view text);
@@ -60,6 +66,7 @@ class TreeReader {
   std::vector<std::optional<std::string_view>> fIds;
   std::vector<Entry> fEntries;  // of the current node
   bool fHasConfidences = false;
+  std::vector<SelectionTree::Leaf> fModels;
 };
 
 }  // namespace Torvane
