@@ -1,0 +1,808 @@
+#include <gtest/gtest.h>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/plugins/torvane/ModelHarness.h"
+#include "tests/support/CaseName.h"
+
+namespace TorvaneTest {
+namespace {
+
+const Value kNull = Value::NULL_VALUE;
+
+// --- Parts of documents ---
+
+std::string Schema(const std::string& fields) { return "<MiningSchema>" + fields + "</MiningSchema>"; }
+
+std::string Fields(const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names) text.append("<MiningField name=\"").append(name).append("\"/>");
+  return Schema(text);
+}
+
+// Gives intercept + field; missing if the field is. `head` is what stands before the table.
+std::string Linear(const std::string& intercept, const std::string& field = "", const std::string& head = "") {
+  std::string text = "<RegressionModel functionName=\"regression\">" +
+                     (head.find("<MiningSchema") == 0 ? "" : Fields({"x", "n", "s"})) + head +
+                     "<RegressionTable intercept=\"" + intercept + "\">";
+  if (!field.empty()) text.append("<NumericPredictor name=\"").append(field).append("\" coefficient=\"1\"/>");
+  return text + "</RegressionTable></RegressionModel>";
+}
+
+// Gives the score with probabilities of yes, no and maybe; missing if `predicate` isn't true.
+std::string Leaf(const std::string& score, const std::vector<std::string>& shares = {},
+                 const std::string& predicate = "<True/>", const std::string& head = "") {
+  static const std::vector<std::string> kCategories = {"yes", "no", "maybe"};
+  std::string text = "<TreeModel functionName=\"classification\">" + Fields({"x", "n", "s"}) + head + "<Node score=\"" +
+                     score + "\">" + predicate;
+  for (std::size_t i = 0; i < shares.size(); ++i) {
+    text.append("<ScoreDistribution value=\"").append(kCategories[i]).append("\" recordCount=\"0\" probability=\"");
+    text.append(shares[i]).append("\"/>");
+  }
+  return text + "</Node></TreeModel>";
+}
+
+std::string When(const std::string& field, const std::string& comparison, const std::string& value) {
+  return "<SimplePredicate field=\"" + field + "\" operator=\"" + comparison + "\" value=\"" + value + "\"/>";
+}
+
+std::string Segment(const std::string& model, const std::string& attributes = "",
+                    const std::string& predicate = "<True/>") {
+  return "<Segment " + attributes + ">" + predicate + model + "</Segment>";
+}
+
+std::string Segmentation(const std::string& method, const std::string& segments, const std::string& further = "") {
+  return "<Segmentation multipleModelMethod=\"" + method + "\" " + further + ">" + segments + "</Segmentation>";
+}
+
+std::string Nested(const std::string& function, const std::string& body, const std::string& schema = "") {
+  return "<MiningModel functionName=\"" + function + "\">" + (schema.empty() ? Fields({"x", "n", "s"}) : schema) +
+         body + "</MiningModel>";
+}
+
+std::string Predicted(const std::string& name) {
+  return "<Output><OutputField name=\"" + name + "\" feature=\"predictedValue\"/></Output>";
+}
+
+Document Ensemble(const std::string& function, const std::string& body) {
+  return {.kind = "MiningModel", .function = function, .body = body};
+}
+
+// The result of a segment of a "selectAll".
+std::string Part(const ValueRecord& out, const std::string& id) {
+  const ValueRecord* members = out.At(out.IndexOf("prediction")).Members();
+  return members == nullptr ? "no members" : Shown(*members, id);
+}
+
+// --- Methods ---
+
+struct NumberCase {
+  const char* name;
+  const char* method;
+  double expected;
+};
+
+class MethodsOfNumbers : public testing::TestWithParam<NumberCase> {};
+
+// 6, 1, 11, 2 with the weights 3, 1, 1, 1.
+TEST_P(MethodsOfNumbers, EachMethod_CombinesAsItSays) {
+  const std::string segments = Segment(Linear("6"), "weight=\"3\"") + Segment(Linear("1")) + Segment(Linear("11")) +
+                               Segment(Linear("2"), "weight=\"1\"");
+  const Scorer scorer = Load(Ensemble("regression", Segmentation(GetParam().method, segments)));
+  EXPECT_DOUBLE_EQ(scorer.Predict({}).GetReal(), GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Methods, MethodsOfNumbers,
+                         testing::Values(NumberCase{"average", "average", 20.0 / 4},
+                                         NumberCase{"weighted_average", "weightedAverage", 32.0 / 6},
+                                         NumberCase{"median", "median", (2.0 + 6.0) / 2},
+                                         NumberCase{"weighted_median", "weightedMedian", 6.0},
+                                         NumberCase{"weighted_median_of_producers", "x-weightedMedian", 6.0},
+                                         NumberCase{"sum", "sum", 20.0},
+                                         NumberCase{"weighted_sum", "weightedSum", 32.0},
+                                         NumberCase{"weighted_sum_of_producers", "x-weightedSum", 32.0},
+                                         NumberCase{"first", "selectFirst", 6.0},
+                                         NumberCase{"chain", "modelChain", 2.0}),
+                         KelTest::CaseName());
+
+TEST(WeightedMedian, ValuesWithoutWeight_DontCount) {
+  struct Row {
+    std::vector<std::pair<const char*, const char*>> parts;  // value and weight
+    const char* expected;
+  };
+  const Row rows[] = {
+      {{{"1", "1"}, {"5", "0"}, {"9", "1"}}, "5"},  // (1 + 9) / 2; the 5 itself has no say
+      {{{"7", "0.5"}, {"1", "0.25"}, {"3", "0.5"}}, "3"},
+      {{{"4", "1"}, {"2", "0"}}, "4"},
+      {{{"9", "1"}, {"8", "1"}, {"7", "1"}, {"6", "1"}, {"5", "1"}, {"4", "5"}}, "4.5"},
+      {{{"4", "0"}, {"2", "0"}}, "null"},
+  };
+  for (const Row& row : rows) {
+    std::string segments;
+    for (const auto& [value, weight] : row.parts) {
+      segments += Segment(Linear(value), "weight=\"" + std::string(weight) + "\"");
+    }
+    const Scorer scorer = Load(Ensemble("regression", Segmentation("weightedMedian", segments)));
+    EXPECT_EQ(Shown(scorer.Score({}), "prediction"), row.expected) << segments;
+  }
+}
+
+TEST(MiningModel, SinglePrecision_RoundsEachSum) {
+  const std::string body =
+      Segmentation("sum", Segment(Linear("16777216")) + Segment(Linear("1")) + Segment(Linear("1")));
+  Document document = Ensemble("regression", body);
+  EXPECT_EQ(Load(document).Predict({}).GetReal(), 16777218.0);
+  document.attributes = "x-mathContext=\"float\"";
+  EXPECT_EQ(Load(document).Predict({}).GetReal(), 16777216.0);  // 2^24 + 1 has no float
+}
+
+struct CategoryCase {
+  const char* name;
+  const char* method;
+  const char* version;
+  const char* winner;
+  double probabilities[3];
+};
+
+class MethodsOfCategories : public testing::TestWithParam<CategoryCase> {};
+
+TEST_P(MethodsOfCategories, EachMethod_CombinesAsItSays) {
+  const std::string segments =
+      Segment(Leaf("yes", {"0.5", "0.3", "0.2"})) + Segment(Leaf("no", {"0.1", "0.6", "0.3"})) +
+      Segment(Leaf("no", {"0.2", "0.45", "0.35"})) + Segment(Leaf("maybe", {"0.1", "0.1", "0.8"}), "weight=\"4\"");
+  Document document = Ensemble("classification", Segmentation(GetParam().method, segments));
+  document.version = GetParam().version;
+  const ValueRecord out = Load(document).Score({});
+  EXPECT_EQ(Shown(out, "prediction"), GetParam().winner);
+  const double* const expected = GetParam().probabilities;
+  EXPECT_NEAR(Probability(out, "yes"), expected[0], 1e-15);
+  EXPECT_NEAR(Probability(out, "no"), expected[1], 1e-15);
+  EXPECT_NEAR(Probability(out, "maybe"), expected[2], 1e-15);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Methods, MethodsOfCategories,
+    testing::Values(CategoryCase{"vote", "majorityVote", "4.4", "no", {1.0 / 4, 2.0 / 4, 1.0 / 4}},
+                    CategoryCase{"weighted_vote", "weightedMajorityVote", "4.4", "maybe", {1.0 / 7, 2.0 / 7, 4.0 / 7}},
+                    CategoryCase{"average", "average", "4.4", "maybe", {0.9 / 4, 1.45 / 4, 1.65 / 4}},
+                    CategoryCase{"weighted_average", "weightedAverage", "4.4", "maybe", {1.2 / 7, 1.75 / 7, 4.05 / 7}},
+                    // Medians: yes 0.1 0.1 0.2 0.5, no 0.1 0.3 0.45 0.6, maybe 0.2 0.3 0.35 0.8.
+                    CategoryCase{"median", "median", "4.2", "no", {0.15, 0.375, 0.325}},
+                    // The first and the third model have the two middle probabilities of "no".
+                    CategoryCase{"median_since_4_3", "median", "4.3", "no", {0.35, 0.375, 0.275}},
+                    CategoryCase{"max", "max", "4.4", "maybe", {0.1, 0.1, 0.8}},
+                    CategoryCase{"first", "selectFirst", "4.4", "yes", {0.5, 0.3, 0.2}},
+                    CategoryCase{"chain", "modelChain", "4.4", "maybe", {0.1, 0.1, 0.8}}),
+    KelTest::CaseName());
+
+TEST(MiningModel, MaximumOfSeveralModels_TellsTheirMean) {
+  const std::string segments = Segment(Leaf("yes", {"0.75", "0.25", "0"})) + Segment(Leaf("no", {"0.5", "0.5", "0"})) +
+                               Segment(Leaf("yes", {"0.75", "0", "0.25"}));
+  const ValueRecord out = Load(Ensemble("classification", Segmentation("max", segments))).Score({});
+  EXPECT_EQ(Shown(out, "prediction"), "yes");
+  EXPECT_EQ(Probability(out, "no"), 0.125);
+  EXPECT_EQ(Probability(out, "maybe"), 0.125);
+}
+
+TEST(MiningModel, TiedVote_GoesToTheFirstCategoryOfTheDictionary) {
+  const std::string segments = Segment(Leaf("maybe")) + Segment(Leaf("no"));
+  EXPECT_EQ(Load(Ensemble("classification", Segmentation("majorityVote", segments))).Predict({}).GetString(), "no");
+}
+
+// A model names its categories in its own order, and may know more than the dictionary.
+TEST(MiningModel, CategoriesOfModels_FindThoseOfTheEnsemble) {
+  const auto member = [](const char* first, const char* second) {
+    return std::string(R"(<TreeModel functionName="classification"><MiningSchema><MiningField name="x"/></MiningSchema>
+<Node score=")") +
+           first + R"("><True/><ScoreDistribution value=")" + first +
+           R"(" recordCount="3"/><ScoreDistribution value=")" + second + R"(" recordCount="1"/></Node></TreeModel>)";
+  };
+  for (const char* method : {"average", "median", "max", "selectFirst"}) {
+    const Scorer scorer =
+        Load(Ensemble("classification", Segmentation(method, Segment(member("maybe", "other")) +
+                                                                 Segment(member("other", "no"), "", "<False/>"))));
+    const ValueRecord out = scorer.Score({});
+    EXPECT_EQ(Shown(out, "prediction"), "maybe") << method;
+    EXPECT_EQ(Probability(out, "other"), 0.25) << method;
+    EXPECT_EQ(Probability(out, "maybe"), 0.75) << method;
+    EXPECT_EQ(Probability(out, "no"), 0.0) << method;
+  }
+}
+
+// --- Results that are missing ---
+
+struct MissingCase {
+  const char* name;
+  const char* function;
+  const char* method;
+  const char* further;
+  const char* expected;
+};
+
+class MissingResults : public testing::TestWithParam<MissingCase> {};
+
+// Of three models the second, with half of all weight, has no result. The categories have the order yes, no.
+TEST_P(MissingResults, EachTreatment_DoesAsItSays) {
+  const bool isNumeric = std::string(GetParam().function) == "regression";
+  const std::string unknown = When("x", "lessThan", "5");
+  const std::string segments =
+      isNumeric ? Segment(Linear("10")) + Segment(Linear("20", "x"), "weight=\"2\"") + Segment(Linear("40"))
+                : Segment(Leaf("no")) + Segment(Leaf("yes", {}, unknown), "weight=\"2\"") + Segment(Leaf("no"));
+  Document document = Ensemble(GetParam().function, Segmentation(GetParam().method, segments, GetParam().further));
+  document.version = "4.4";
+  EXPECT_EQ(Shown(Load(document).Score({}), "prediction"), GetParam().expected);
+}
+
+const char* const kSkip = "missingPredictionTreatment=\"skipSegment\"";
+
+INSTANTIATE_TEST_SUITE_P(
+    Treatments, MissingResults,
+    testing::Values(
+        MissingCase{"sum_by_default", "regression", "sum", "", "null"},
+        MissingCase{"average_goes_on", "regression", "average", "missingPredictionTreatment=\"continue\"", "null"},
+        MissingCase{"sum_skips", "regression", "sum", kSkip, "50"},
+        MissingCase{"average_skips", "regression", "average", kSkip, "25"},
+        MissingCase{"weighted_average_skips", "regression", "weightedAverage", kSkip, "25"},
+        MissingCase{"median_skips", "regression", "median", kSkip, "25"},
+        MissingCase{"weighted_median_skips", "regression", "weightedMedian", kSkip, "25"},
+        MissingCase{"a_third_is_allowed", "regression", "sum",
+                    "missingPredictionTreatment=\"skipSegment\" missingThreshold=\"0.34\"", "50"},
+        MissingCase{"a_third_is_too_much", "regression", "sum",
+                    "missingPredictionTreatment=\"skipSegment\" missingThreshold=\"0.33\"", "null"},
+        MissingCase{"half_of_the_weight_is_allowed", "regression", "weightedSum",
+                    "missingPredictionTreatment=\"skipSegment\" missingThreshold=\"0.5\"", "50"},
+        MissingCase{"half_of_the_weight_is_too_much", "regression", "weightedSum",
+                    "x-missingPredictionTreatment=\"skipSegment\" x-missingThreshold=\"0.49\"", "null"},
+        MissingCase{"sum_returns", "regression", "sum", "missingPredictionTreatment=\"returnMissing\"", "null"},
+        MissingCase{"vote_outvotes_it", "classification", "majorityVote", "", "no"},
+        MissingCase{"vote_ties_with_it", "classification", "weightedMajorityVote", "", "no"},  // 2 : 2, it must win
+        MissingCase{"vote_returns", "classification", "majorityVote", "missingPredictionTreatment=\"returnMissing\"",
+                    "null"},
+        MissingCase{"vote_skips", "classification", "weightedMajorityVote", kSkip, "no"},
+        MissingCase{"probabilities_go_on", "classification", "average", "", "null"},
+        MissingCase{"probabilities_skip", "classification", "average", kSkip, "no"},
+        MissingCase{"median_of_probabilities_skips", "classification", "median", kSkip, "no"},
+        MissingCase{"max_returns", "classification", "max", "missingPredictionTreatment=\"returnMissing\"", "null"},
+        MissingCase{"chain_goes_on", "regression", "modelChain", "", "40"},
+        MissingCase{"chain_returns", "regression", "modelChain", "missingPredictionTreatment=\"returnMissing\"",
+                    "null"}),
+    KelTest::CaseName());
+
+TEST(MiningModel, MissingVotes_WinOverFewerOthersAndShareTheProbability) {
+  const std::string unknown = When("x", "lessThan", "5");
+  const std::string lost = Segment(Leaf("yes", {}, unknown));
+  const auto score = [&](const std::string& segments) {
+    return Load(Ensemble("classification", Segmentation("majorityVote", segments))).Score({});
+  };
+  EXPECT_EQ(Shown(score(Segment(Leaf("no")) + lost + lost), "prediction"), "null");
+  const ValueRecord out = score(Segment(Leaf("no")) + Segment(Leaf("no")) + lost + Segment(Leaf("yes")));
+  EXPECT_EQ(Shown(out, "prediction"), "no");
+  EXPECT_EQ(Probability(out, "no"), 0.5);
+}
+
+// 29 of 100 are no more than 0.29, though 0.29 * 100 is less than 29 in double precision.
+TEST(MiningModel, MissingThreshold_IsMetExactly) {
+  std::string segments;
+  for (int i = 0; i < 100; ++i) segments += Segment(Linear("1", i < 29 ? "x" : ""));
+  const std::string further = "missingPredictionTreatment=\"skipSegment\" missingThreshold=\"0.29\"";
+  EXPECT_EQ(Load(Ensemble("regression", Segmentation("sum", segments, further))).Predict({}).GetReal(), 71.0);
+}
+
+TEST(MiningModel, SelectFirst_TakesTheFirstTrueOneEvenWithoutResult) {
+  const std::string segments = Segment(Linear("1"), "id=\"low\"", When("n", "lessThan", "3")) +
+                               Segment(Linear("2", "x"), "", When("n", "greaterThan", "5")) +
+                               Segment(Linear("3"), "id=\"rest\"");
+  const std::string output = "<Output><OutputField name=\"segment\" feature=\"entityId\"/></Output>";
+  struct Row {
+    const char* further;
+    Value n;
+    const char* prediction;
+    const char* segment;
+  };
+  const Row rows[] = {
+      {"", 1.0, "1", "low"},     {"", 4.0, "3", "rest"},
+      {"", kNull, "3", "rest"},  // an unknown predicate isn't true
+      {"", 6.0, "null", "null"}, {kSkip, 6.0, "3", "rest"},
+  };
+  for (const Row& row : rows) {
+    const Scorer scorer = Load(Ensemble("regression", output + Segmentation("selectFirst", segments, row.further)));
+    const ValueRecord out = scorer.Score({{"n", row.n}});
+    EXPECT_EQ(Shown(out, "prediction"), row.prediction) << row.n.GetString() << row.further;
+    EXPECT_EQ(Shown(out, "segment"), row.segment) << row.n.GetString() << row.further;
+  }
+}
+
+TEST(MiningModel, NoSegmentTrue_LeavesTheResultToTheTargets) {
+  for (const char* method : {"average", "sum", "median", "selectFirst", "modelChain"}) {
+    const std::string body = Segmentation(method, Segment(Linear("1"), "", "<False/>"));
+    EXPECT_EQ(Shown(Load(Ensemble("regression", body)).Score({}), "prediction"), "null") << method;
+    const std::string targets = R"(<Targets><Target field="t"><TargetValue defaultValue="7"/></Target></Targets>)";
+    EXPECT_EQ(Shown(Load(Ensemble("regression", targets + body)).Score({}), "prediction"), "7") << method;
+  }
+}
+
+TEST(MiningModel, TargetsOfBoth_ApplyFromTheInsideOut) {
+  const std::string inner = R"(<Targets><Target rescaleFactor="10" max="2"/></Targets>)";
+  const std::string outer = R"(<Targets><Target field="t" rescaleConstant="1"/></Targets>)";
+  const std::string segments = Segment(Linear("0", "x", inner)) + Segment(Linear("0", "x"));
+  // (min(3, 2) * 10 + 3) + 1
+  EXPECT_EQ(Load(Ensemble("regression", outer + Segmentation("sum", segments))).Predict({{"x", 3.0}}).GetReal(), 24.0);
+  // A default of a model is a result of it.
+  const std::string defaults = R"(<Targets><Target><TargetValue defaultValue="5"/></Target></Targets>)";
+  const std::string body = Segmentation("sum", Segment(Linear("0", "x", defaults)) + Segment(Linear("1")));
+  EXPECT_EQ(Load(Ensemble("regression", body)).Predict({}).GetReal(), 6.0);
+}
+
+TEST(MiningModel, VariableWeight_MultipliesTheWeight) {
+  const std::string variable = "<VariableWeight field=\"n\"/>";
+  const auto load = [&](const std::string& method, const std::string& further) {
+    return Load(Ensemble("regression", Segmentation(method,
+                                                    "<Segment weight=\"0.5\"><True/>" + Linear("10") + variable +
+                                                        "</Segment>" + Segment(Linear("30"), "weight=\"2\""),
+                                                    further)));
+  };
+  const Scorer scorer = load("weightedAverage", "");
+  EXPECT_EQ(scorer.Predict({{"n", 4.0}}).GetReal(), 20.0);  // (0.5 * 4 * 10 + 2 * 30) / 4
+  EXPECT_EQ(scorer.Predict({{"n", 0.0}}).GetReal(), 30.0);
+  EXPECT_TRUE(scorer.Predict({}).IsNull());
+  EXPECT_TRUE(scorer.Predict({{"n", -1.0}}).IsNull());
+  const Scorer skipping = load("weightedAverage", kSkip);
+  EXPECT_EQ(skipping.Predict({}).GetReal(), 30.0);
+  EXPECT_EQ(load("average", "").Predict({}).GetReal(), 20.0);  // that weighs nothing
+}
+
+// --- What the models of an ensemble see ---
+
+TEST(FieldsOfSegments, SchemasOfModels_TreatFieldsOnceMoreForThemselves) {
+  const auto reads = [](const std::string& attributes) {
+    return Linear("0", "x", Schema("<MiningField name=\"x\" " + attributes + "/>"));
+  };
+  const std::string segments =
+      Segment(reads(""), "id=\"plain\"") + Segment(reads(R"(missingValueReplacement="7")"), "id=\"replaced\"") +
+      Segment(reads(R"(outliers="asExtremeValues" lowValue="0" highValue="10")"), "id=\"limited\"") +
+      Segment(reads(R"(outliers="asMissingValues" highValue="10" missingValueReplacement="-1")"), "id=\"cut\"") +
+      Segment(Nested("regression", Segmentation("sum", Segment(Linear("1", "x")) + Segment(Linear("2", "x"))),
+                     Schema("<MiningField name=\"x\" missingValueReplacement=\"5\"/><MiningField name=\"n\"/>"
+                            "<MiningField name=\"s\"/>")),
+              "id=\"nested\"");
+  const Scorer scorer = Load(Ensemble("regression", Segmentation("selectAll", segments, kSkip)));
+  struct Row {
+    Value x;
+    const char* parts[5];
+  };
+  const Row rows[] = {
+      {3.0, {"3", "3", "3", "3", "9"}},
+      {12.0, {"12", "12", "10", "-1", "27"}},
+      {kNull, {"null", "7", "null", "-1", "13"}},
+  };
+  const char* const ids[] = {"plain", "replaced", "limited", "cut", "nested"};
+  for (const Row& row : rows) {
+    const ValueRecord out = scorer.Score({{"x", row.x}});
+    for (std::size_t i = 0; i < std::size(ids); ++i) EXPECT_EQ(Part(out, ids[i]), row.parts[i]) << ids[i];
+  }
+}
+
+// What the ensemble lets pass as it is, a model may treat after all.
+TEST(FieldsOfSegments, ValuesThatTheEnsembleLetsPass_CanBeTreatedInside) {
+  const auto reads = [](const std::string& attributes) {
+    return Segment(Linear("0", "x", Schema("<MiningField name=\"x\" " + attributes + "/>")));
+  };
+  const std::string declared =
+      R"(<DataField name="x" optype="continuous" dataType="double"><Interval closure="closedClosed" leftMargin="0" rightMargin="1"/></DataField>
+<DataField name="t" optype="continuous" dataType="double"/>)";
+  struct Row {
+    const char* attributes;
+    Value x;
+    const char* expected;
+  };
+  const Row rows[] = {
+      {"", 5.0, "5"},
+      {R"(invalidValueTreatment="asMissing" missingValueReplacement="8")", 5.0, "8"},
+      {R"(invalidValueTreatment="asMissing")", 5.0, "null"},
+      {R"(invalidValueTreatment="asValue" invalidValueReplacement="9")", 5.0, "9"},
+      {R"(missingValueTreatment="returnInvalid")", kNull, "null"},
+  };
+  for (const Row& row : rows) {
+    Document document = Ensemble("regression", Segmentation("sum", reads(row.attributes)));
+    document.schema = R"(<MiningField name="x" invalidValueTreatment="asIs"/>)";
+    document.dictionary = declared;
+    EXPECT_EQ(Shown(Load(document).Score({{"x", row.x}}), "prediction"), row.expected) << row.attributes;
+  }
+}
+
+// Even if the model doesn't look at the field, and the other models have results.
+TEST(FieldsOfSegments, MissingValueThatReturnsInvalid_SpoilsTheWholeResult) {
+  const std::string schema = Schema(R"(<MiningField name="x" missingValueTreatment="returnInvalid"/>)");
+  const std::string segments = Segment(Linear("1")) + Segment(Linear("2", "", schema));
+  const Scorer scorer = Load(Ensemble("regression", Segmentation("sum", segments, kSkip)));
+  EXPECT_TRUE(scorer.Predict({}).IsNull());
+  EXPECT_EQ(scorer.Predict({{"x", 0.0}}).GetReal(), 3.0);
+  const std::string inside = Segment(Nested("regression", Segmentation("sum", Segment(Linear("2"))),
+                                            Schema(R"(<MiningField name="x" missingValueTreatment="returnInvalid"/>
+<MiningField name="n"/><MiningField name="s"/>)")));
+  EXPECT_TRUE(Load(Ensemble("regression", Segmentation("sum", inside, kSkip))).Predict({}).IsNull());
+}
+
+TEST(FieldsOfSegments, DerivedFields_AreFoundFromTheInsideOut) {
+  const auto derived = [](const std::string& name, const std::string& expression) {
+    return "<DerivedField name=\"" + name + "\" optype=\"continuous\" dataType=\"double\">" + expression +
+           "</DerivedField>";
+  };
+  const auto apply = [](const std::string& function, const std::string& field, const std::string& number) {
+    return "<Apply function=\"" + function + "\"><FieldRef field=\"" + field + "\"/><Constant>" + number +
+           "</Constant></Apply>";
+  };
+  const auto local = [](const std::string& fields) {
+    return "<LocalTransformations>" + fields + "</LocalTransformations>";
+  };
+  const std::string twice = Schema(R"(<MiningField name="x" missingValueReplacement="50"/>)");
+  Document document = Ensemble(
+      "regression",
+      local(derived("outer", apply("+", "shared", "1"))) +
+          Segmentation(
+              "selectAll",
+              Segment(Linear("0", "shared"), "id=\"dictionary\"") + Segment(Linear("0", "outer"), "id=\"ensemble\"") +
+                  Segment(Linear("0", "own", local(derived("own", apply("*", "outer", "10")))), "id=\"own\"") +
+                  Segment(Linear("0", "own", local(derived("own", apply("triple", "x", "1")))), "id=\"function\"") +
+                  // Treated once more, what the dictionary derives follows, but not what the ensemble derives.
+                  Segment(Linear("0", "shared", twice), "id=\"follows\"") +
+                  Segment(Linear("0", "outer", twice), "id=\"stays\"") +
+                  Segment(Nested("regression", local(derived("mid", apply("+", "outer", "1000"))) +
+                                                   Segmentation("sum", Segment(Linear("0", "mid")))),
+                          "id=\"nested\""),
+              kSkip));
+  document.transformations =
+      "<TransformationDictionary><DefineFunction name=\"triple\" optype=\"continuous\"><ParameterField name=\"a\"/>"
+      "<ParameterField name=\"b\"/><Apply function=\"+\"><Apply function=\"*\"><FieldRef field=\"a\"/>"
+      "<Constant>3</Constant></Apply><FieldRef field=\"b\"/></Apply></DefineFunction>" +
+      derived("shared", apply("*", "x", "2")) + "</TransformationDictionary>";
+  const Scorer scorer = Load(document);
+  const std::pair<const char*, const char*> present[] = {{"dictionary", "8"}, {"ensemble", "9"}, {"own", "90"},
+                                                         {"function", "13"},  {"follows", "8"},  {"stays", "9"},
+                                                         {"nested", "1009"}};
+  const std::pair<const char*, const char*> missing[] = {{"dictionary", "null"}, {"follows", "100"}, {"stays", "null"}};
+  const ValueRecord four = scorer.Score({{"x", 4.0}});
+  for (const auto& [id, expected] : present) EXPECT_EQ(Part(four, id), expected) << id;
+  const ValueRecord none = scorer.Score({});
+  for (const auto& [id, expected] : missing) EXPECT_EQ(Part(none, id), expected) << id;
+}
+
+TEST(FieldsOfSegments, OrderOfAnOrdinalField_ReachesEveryModel) {
+  const std::string node = When("o", "lessThan", "high");
+  const std::string outer = Fields({"o"});
+  const auto tree = [&](const std::string& schema) {
+    return "<TreeModel functionName=\"classification\">" + schema + "<Node score=\"yes\">" + node +
+           "</Node></TreeModel>";
+  };
+  const std::string replaced = Schema("<MiningField name=\"o\" missingValueReplacement=\"low\"/>");
+  for (const std::string& schema : {outer, replaced}) {
+    const Scorer scorer = Load(Ensemble("classification", Segmentation("majorityVote", Segment(tree(schema)))));
+    EXPECT_EQ(Shown(scorer.Score({{"o", "mid"}}), "prediction"), "yes");
+    EXPECT_EQ(Shown(scorer.Score({{"o", "high"}}), "prediction"), "null");
+  }
+  Document composed = Ensemble("classification", "<DecisionTree functionName=\"classification\"><Node score=\"yes\">" +
+                                                     node + "</Node></DecisionTree>");
+  composed.version = "3.2";
+  EXPECT_EQ(Shown(Load(composed).Score({{"o", "low"}}), "prediction"), "yes");
+}
+
+TEST(FieldsOfSegments, InvalidDerivedFieldOfAPredicate_MakesTheResultInvalid) {
+  const std::string derived = R"(<LocalTransformations><DerivedField name="d" optype="continuous" dataType="double">
+<Apply function="/"><Constant>1</Constant><FieldRef field="x"/></Apply></DerivedField></LocalTransformations>)";
+  const std::string segments = Segment(Linear("1"), "", When("d", "greaterThan", "0")) + Segment(Linear("2"));
+  const Scorer scorer = Load(Ensemble("regression", derived + Segmentation("selectFirst", segments)));
+  EXPECT_EQ(scorer.Predict({{"x", 4.0}}).GetReal(), 1.0);
+  EXPECT_EQ(scorer.Predict({{"x", -4.0}}).GetReal(), 2.0);
+  EXPECT_EQ(scorer.Predict({}).GetReal(), 2.0);
+  EXPECT_TRUE(scorer.Predict({{"x", 0.0}}).IsNull());
+}
+
+// --- Outputs ---
+
+std::string Refer(const std::string& name, const std::string& field, const std::string& further = "") {
+  return "<OutputField name=\"" + name + "\" optype=\"continuous\" dataType=\"double\" feature=\"transformedValue\" " +
+         further + "><FieldRef field=\"" + field + "\"/></OutputField>";
+}
+
+TEST(OutputsOfSegments, Chain_HandsResultsOn) {
+  const std::string outputs = R"(<Output><OutputField name="first" feature="predictedValue"/>
+<OutputField name="doubled" optype="continuous" dataType="double" feature="transformedValue"><Apply function="*"><FieldRef field="first"/><Constant>2</Constant></Apply></OutputField></Output>)";
+  const std::string derived = R"(<LocalTransformations><DerivedField name="more" optype="continuous" dataType="double">
+<Apply function="+"><FieldRef field="first"/><Constant>100</Constant></Apply></DerivedField></LocalTransformations>)";
+  const std::string segments = Segment(Linear("1", "x", outputs)) +
+                               Segment(Linear("0", "doubled"), "", When("first", "greaterThan", "10")) +
+                               Segment(Linear("0", "more"), "", When("first", "lessOrEqual", "10"));
+  const Scorer scorer = Load(Ensemble("regression", derived + Segmentation("modelChain", segments)));
+  EXPECT_EQ(scorer.Predict({{"x", 19.0}}).GetReal(), 40.0);
+  const ValueRecord out = scorer.Score({{"x", 4.0}});
+  EXPECT_EQ(Shown(out, "prediction"), "105");
+  EXPECT_EQ(Shown(out, "first"), "5");
+  EXPECT_EQ(Shown(out, "doubled"), "10");
+  EXPECT_EQ(Shown(scorer.Score({}), "first"), "null");
+}
+
+// The categories of a chain are those of its target, whatever the models before the last predict.
+TEST(OutputsOfSegments, ChainOverAnotherTarget_KeepsItsOwnCategories) {
+  const std::string first =
+      R"(<TreeModel functionName="classification"><MiningSchema><MiningField name="x"/><MiningField name="s" usageType="target"/></MiningSchema>
+<Output><OutputField name="kind" feature="predictedValue"/></Output>
+<Node><True/><Node score="a"><SimplePredicate field="x" operator="lessThan" value="0"/></Node><Node score="b"><True/></Node></Node></TreeModel>)";
+  const std::string last =
+      R"(<TreeModel functionName="classification"><MiningSchema><MiningField name="kind"/><MiningField name="y" usageType="target"/></MiningSchema>
+<Node><True/><Node score="yes"><SimplePredicate field="kind" operator="equal" value="a"/></Node><Node score="no"><SimplePredicate field="kind" operator="equal" value="b"/></Node></Node></TreeModel>)";
+  const Scorer scorer = Load(Ensemble("classification", Segmentation("modelChain", Segment(first) + Segment(last))));
+  const ValueRecord out = scorer.Score({{"x", -1.0}});
+  EXPECT_EQ(Shown(out, "prediction"), "yes");
+  EXPECT_EQ(Shown(out, "kind"), "a");
+  EXPECT_EQ(out.At(out.IndexOf("probcategory")).Members()->Size(), 3U);
+  EXPECT_EQ(Shown(scorer.Score({{"x", 1.0}}), "prediction"), "no");
+  // Without the last one there is no result.
+  const std::string never = Segmentation("modelChain", Segment(first) + Segment(last, "", "<False/>"));
+  EXPECT_EQ(Shown(Load(Ensemble("classification", never)).Score({{"x", -1.0}}), "prediction"), "null");
+}
+
+TEST(OutputsOfSegments, OutputFieldWithASegmentId_TellsThatSegmentsResult) {
+  const std::string output = R"(<Output><OutputField name="p1" feature="probability" value="no" segmentId="one"/>
+<OutputField name="r2" feature="predictedValue" segmentId="2"/><OutputField name="r3" feature="predictedValue" segmentId="three"/>
+<OutputField name="named" feature="transformedValue" value="inner" segmentId="one"/>
+<OutputField name="gone" feature="predictedValue" segmentId="nobody"/>
+<OutputField name="node" feature="entityId" segmentId="one"/>)" +
+                             Refer("used", "p1") + "</Output>";
+  const std::string inner = "<Output>" + Refer("inner", "x") + "</Output>";
+  const std::string segments = Segment(Leaf("yes", {"0.5", "0.3", "0.2"}, "<True/>", inner), "id=\"one\"") +
+                               Segment(Leaf("maybe")) + Segment(Leaf("no"), "id=\"three\"", When("x", "lessThan", "0"));
+  const Scorer scorer = Load(Ensemble("classification", output + Segmentation("majorityVote", segments)));
+  const ValueRecord out = scorer.Score({{"x", 4.0}});
+  const std::pair<const char*, const char*> expected[] = {
+      {"p1", "0.3"}, {"r2", "maybe"}, {"r3", "null"}, {"named", "4"}, {"gone", "null"}, {"node", "1"}, {"used", "0.3"}};
+  for (const auto& [name, value] : expected) EXPECT_EQ(Shown(out, name), value) << name;
+  EXPECT_EQ(Shown(scorer.Score({{"x", -4.0}}), "r3"), "no");
+}
+
+// Segments may give outputs the same names, and the ensemble may use them for something else.
+TEST(OutputsOfSegments, SameNames_DontDisturbEachOther) {
+  const auto member = [](const std::string& intercept) {
+    return Linear(intercept, "x",
+                  "<Output><OutputField name=\"z\" feature=\"predictedValue\"/>" + Refer("w", "z") + "</Output>");
+  };
+  const std::string segments = Segment(member("1"), "id=\"a\"", When("n", "lessThan", "0")) +
+                               Segment(member("2"), "id=\"b\"", When("n", "greaterThan", "0"));
+  const Scorer scorer = Load(Ensemble("regression", Segmentation("modelChain", segments)));
+  for (const double n : {-1.0, 1.0}) {
+    const ValueRecord out = scorer.Score({{"x", 10.0}, {"n", n}});
+    EXPECT_EQ(Shown(out, "z"), n < 0 ? "11" : "12");
+    EXPECT_EQ(Shown(out, "w"), n < 0 ? "11" : "12");
+  }
+  // "z" of the ensemble is what it asks segment a for, though b runs later.
+  const std::string asked =
+      "<Output><OutputField name=\"z\" feature=\"predictedValue\" segmentId=\"a\"/>" + Refer("copy", "z") + "</Output>";
+  const std::string both = Segment(member("1"), "id=\"a\"") + Segment(member("2"), "id=\"b\"");
+  const ValueRecord out = Load(Ensemble("regression", asked + Segmentation("sum", both))).Score({{"x", 10.0}});
+  EXPECT_EQ(Shown(out, "z"), "11");
+  EXPECT_EQ(Shown(out, "copy"), "11");
+  EXPECT_EQ(Shown(out, "w"), "12");
+}
+
+// The first missing result settles the sum, but not what the other segments tell.
+TEST(OutputsOfSegments, MissingResultOfOne_LeavesThoseOfTheOthers) {
+  const std::string output = "<Output><OutputField name=\"two\" feature=\"predictedValue\" segmentId=\"2\"/></Output>";
+  const Scorer scorer =
+      Load(Ensemble("regression", output + Segmentation("sum", Segment(Linear("0", "x")) + Segment(Linear("2")))));
+  const ValueRecord out = scorer.Score({});
+  EXPECT_EQ(Shown(out, "prediction"), "null");
+  EXPECT_EQ(Shown(out, "two"), "2");
+}
+
+// A derived field that only a later segment needs is there for the ensemble's own outputs.
+TEST(OutputsOfSegments, DerivedFieldOfASegmentThatDoesntRun_IsComputedForOutputs) {
+  const std::string derived = R"(<LocalTransformations><DerivedField name="d" optype="continuous" dataType="double">
+<Apply function="+"><FieldRef field="x"/><Constant>1</Constant></Apply></DerivedField></LocalTransformations>)";
+  const std::string output = "<Output>" + Refer("told", "d") + "</Output>";
+  const std::string segments = Segment(Linear("0", "n")) + Segment(Linear("0", "d"));
+  struct Row {
+    const char* method;
+    const char* further;
+    Value n;
+  };
+  const Row rows[] = {{"selectFirst", "", 1.0},
+                      {"selectFirst", "", kNull},
+                      {"modelChain", "missingPredictionTreatment=\"returnMissing\"", kNull},
+                      {"sum", "", kNull}};
+  for (const Row& row : rows) {
+    const Scorer scorer =
+        Load(Ensemble("regression", output + derived + Segmentation(row.method, segments, row.further)));
+    EXPECT_EQ(Shown(scorer.Score({{"x", 5.0}, {"n", row.n}}), "told"), "6") << row.method;
+  }
+}
+
+TEST(OutputsOfSegments, ResidualInASegment_ReadsTheEnsemblesTarget) {
+  Document document = Ensemble(
+      "regression",
+      Segmentation("modelChain",
+                   Segment(Linear("1", "x",
+                                  Schema(R"(<MiningField name="x"/><MiningField name="t" usageType="target"/>)") +
+                                      "<Output><OutputField name=\"rest\" feature=\"residual\"/></Output>"))));
+  const Scorer scorer = Load(document);
+  EXPECT_EQ(Shown(scorer.Score({{"x", 2.0}, {"t", 5.0}}), "rest"), "2");
+  EXPECT_EQ(Shown(scorer.Score({{"x", 2.0}}), "rest"), "null");
+}
+
+TEST(MiningModel, SelectAll_TellsEachResult) {
+  const std::string segments = Segment(Leaf("no"), "id=\"a\"", When("x", "lessThan", "0")) +
+                               Segment(Leaf("maybe"), "id=\"b\"") +
+                               Segment(Leaf("yes", {}, When("n", "lessThan", "0")), "id=\"c\"");
+  const auto load = [&](const char* further) {
+    return Load(Ensemble("classification", "<Output><OutputField name=\"all\"/></Output>" +
+                                               Segmentation("selectAll", segments, further)));
+  };
+  const ValueRecord out = load("").Score({{"x", -1.0}, {"n", -1.0}});
+  EXPECT_EQ(Part(out, "a"), "no");
+  EXPECT_EQ(Part(out, "b"), "maybe");
+  EXPECT_EQ(Part(out, "c"), "yes");
+  EXPECT_EQ(Shown(*out.At(out.IndexOf("all")).Members(), "b"), "maybe");
+  EXPECT_LT(out.IndexOf("probability"), 0);
+  EXPECT_EQ(Part(load(kSkip).Score({{"x", 1.0}}), "a"), "null");
+  EXPECT_EQ(Part(load("").Score({{"x", 1.0}}), "b"), "null");  // one result is missing
+  EXPECT_EQ(Part(load(kSkip).Score({{"x", 1.0}}), "b"), "maybe");
+}
+
+// --- Ensembles of ensembles, and many segments ---
+
+TEST(MiningModel, EnsemblesInside_CountAsModels) {
+  const std::string vote =
+      Nested("classification", Segmentation("majorityVote", Segment(Leaf("no")) + Segment(Leaf("no")) +
+                                                                Segment(Leaf("yes")) + Segment(Leaf("maybe"))));
+  const std::string first =
+      Nested("classification",
+             Segmentation("selectFirst", Segment(Leaf("yes", {"0.6", "0.2", "0.2"}), "", When("x", "lessThan", "0")) +
+                                             Segment(Leaf("maybe", {"0", "0.5", "0.5"}))));
+  const Scorer scorer = Load(Ensemble("classification", Segmentation("average", Segment(vote) + Segment(first))));
+  const ValueRecord out = scorer.Score({{"x", 1.0}});  // the mean of (0.25, 0.5, 0.25) and (0, 0.5, 0.5)
+  EXPECT_EQ(Shown(out, "prediction"), "no");
+  EXPECT_EQ(Probability(out, "yes"), 0.125);
+  EXPECT_EQ(Probability(out, "maybe"), 0.375);
+  EXPECT_DOUBLE_EQ(Probability(scorer.Score({{"x", -1.0}}), "yes"), 0.425);
+}
+
+TEST(MiningModel, OutputsInsideEnsemblesInside_ReachTheHost) {
+  const std::string inner = Nested(
+      "regression",
+      Predicted("middle") + Segmentation("sum", Segment(Linear("1", "x", Predicted("deep"))) + Segment(Linear("10"))));
+  const std::string segments = Segment(inner, "", When("n", "greaterThan", "0")) + Segment(Linear("0", "n"));
+  const Scorer scorer = Load(Ensemble("regression", Segmentation("sum", segments)));
+  const ValueRecord out = scorer.Score({{"x", 2.0}, {"n", 1.0}});
+  EXPECT_EQ(Shown(out, "prediction"), "14");
+  EXPECT_EQ(Shown(out, "middle"), "13");
+  EXPECT_EQ(Shown(out, "deep"), "3");
+  EXPECT_EQ(Shown(scorer.Score({{"x", 2.0}, {"n", -1.0}}), "deep"), "null");
+}
+
+// The model that is scored and those around `levels - 1` others.
+std::string Nest(int levels) {
+  std::string body = Segmentation("sum", Segment(Linear("1", "x")) + Segment(Linear("2")));
+  for (int i = 1; i < levels; ++i)
+    body = Segmentation("sum", Segment(Nested("regression", body)) + Segment(Linear("1")));
+  return body;
+}
+
+TEST(MiningModel, HundredEnsemblesInsideEachOther_AreTheMost) {
+  const Scorer scorer = Load(Ensemble("regression", Nest(100)));
+  EXPECT_EQ(scorer.Predict({{"x", 5.0}}).GetReal(), 107.0);
+  EXPECT_NE(ReasonOf(Ensemble("regression", Nest(101))).find("is a model inside too many others"), std::string::npos);
+}
+
+TEST(MiningModel, ThousandSegments_AllCount) {
+  for (const char* method : {"sum", "average", "median", "weightedMedian"}) {
+    std::string segments;
+    for (int i = 0; i < 1000; ++i) segments += Segment(Linear(std::to_string((i * 7919) % 1000), "x"));
+    const Scorer scorer = Load(Ensemble("regression", Segmentation(method, segments)));
+    // 0 to 999, each once, moved by x.
+    EXPECT_EQ(scorer.Predict({{"x", 0.5}}).GetReal(), std::string(method) == "sum" ? 500000.0 : 500.0) << method;
+  }
+}
+
+// --- Models composed the older way ---
+
+TEST(Composition, ResultFields_HandResultsOn) {
+  const std::string body =
+      R"(<DecisionTree functionName="regression"><ResultField name="filled" feature="predictedValue"/>
+<Node score="0"><True/><Node score="50"><SimplePredicate field="s" operator="equal" value="a"/></Node><Node score="60"><True/></Node></Node></DecisionTree>
+<DecisionTree functionName="classification"><ResultField name="p" feature="probability" value="u"/><ResultField name="label"/>
+<Node score="u"><True/><ScoreDistribution value="u" recordCount="1"/><ScoreDistribution value="v" recordCount="3"/></Node></DecisionTree>
+<Regression functionName="regression"><LocalTransformations><DerivedField name="d" optype="continuous" dataType="double"><Apply function="*"><FieldRef field="filled"/><Constant>2</Constant></Apply></DerivedField></LocalTransformations>
+<RegressionTable intercept="1"><NumericPredictor name="d" coefficient="1"/><NumericPredictor name="p" coefficient="4"/>
+<CategoricalPredictor name="label" value="u" coefficient="1000"/><NumericPredictor name="x" coefficient="1"/></RegressionTable></Regression>)";
+  Document document = Ensemble("regression", body);
+  document.version = "3.2";
+  const Scorer scorer = Load(document);
+  const ValueRecord out = scorer.Score({{"s", "a"}, {"x", 0.5}});
+  EXPECT_EQ(Shown(out, "prediction"), "1102.5");  // 1 + 2 * 50 + 4 * 0.25 + 1000 + 0.5, and u wins by its score
+  EXPECT_EQ(Shown(out, "filled"), "50");
+  EXPECT_EQ(Shown(scorer.Score({{"s", "b"}, {"x", 0.5}}), "prediction"), "1122.5");
+  EXPECT_TRUE(scorer.Predict({{"s", "a"}}).IsNull());
+}
+
+// --- Refusals ---
+
+struct Refusal {
+  const char* name;
+  std::string body;
+  const char* reason;
+  const char* function = "regression";
+};
+
+void PrintTo(const Refusal& refusal, std::ostream* stream) { *stream << refusal.name; }
+
+class RefusedEnsembles : public testing::TestWithParam<Refusal> {};
+
+TEST_P(RefusedEnsembles, Reason_NamesWhatIsWrong) {
+  const std::string reason = ReasonOf(Ensemble(GetParam().function, GetParam().body));
+  EXPECT_NE(reason.find(GetParam().reason), std::string::npos) << reason;
+}
+
+const std::string kOne = Segment(Linear("1"));
+
+INSTANTIATE_TEST_SUITE_P(
+    Refusals, RefusedEnsembles,
+    testing::Values(
+        Refusal{"no_models", "", "has no model"}, Refusal{"no_segments", Segmentation("sum", ""), "has no Segment"},
+        Refusal{"unknown_method", Segmentation("mean", kOne), "isn't one of: majorityVote,"},
+        Refusal{"vote_on_numbers", Segmentation("majorityVote", kOne), "has no meaning for the function"},
+        Refusal{"max_of_numbers", Segmentation("max", kOne), "has no meaning for the function"},
+        Refusal{"sum_of_categories", Segmentation("sum", Segment(Leaf("yes"))), "has no meaning for the function",
+                "classification"},
+        Refusal{"other_function", Segmentation("sum", Segment(Leaf("yes"))), "functionName"},
+        Refusal{"other_function_at_the_end", Segmentation("modelChain", kOne + Segment(Leaf("yes"))),
+                "isn't that of its last model"},
+        Refusal{"no_predicate", Segmentation("sum", "<Segment>" + Linear("1") + "</Segment>"), "has no predicate"},
+        Refusal{"two_predicates", Segmentation("sum", Segment(Linear("1"), "", "<True/><False/>")),
+                "is a second predicate"},
+        Refusal{"segment_without_model", Segmentation("sum", Segment("")), "has no model"},
+        Refusal{"segment_with_two_models", Segmentation("sum", Segment(Linear("1") + Linear("2"))),
+                "is a second model"},
+        Refusal{"unknown_model", Segmentation("sum", Segment("<OtherModel/>")), "is not supported"},
+        Refusal{"unknown_child", Segmentation("sum", kOne + "<Other/>"), "is not supported in <Segmentation>"},
+        Refusal{"second_segmentation", Segmentation("sum", kOne) + Segmentation("sum", kOne), "Segmentation"},
+        Refusal{"composed_and_segmented", Segmentation("sum", kOne) + "<Regression functionName=\"regression\"/>",
+                "is not supported"},
+        Refusal{"same_id", Segmentation("sum", Segment(Linear("1"), "id=\"a\"") + Segment(Linear("1"), "id=\"a\"")),
+                "has the identifier 'a' of another one"},
+        Refusal{"id_is_a_position", Segmentation("selectAll", Segment(Linear("1"), "id=\"2\"") + Segment(Linear("1"))),
+                "has the identifier '2' of another one"},
+        Refusal{"weight", Segmentation("sum", Segment(Linear("1"), "weight=\"-1\"")), "is below 0"},
+        Refusal{"infinite_weight", Segmentation("sum", Segment(Linear("1"), "weight=\"INF\"")), "isn't finite"},
+        Refusal{"unknown_variable_weight",
+                Segmentation("weightedSum", Segment(Linear("1") + "<VariableWeight field=\"q\"/>")), "\"q\""},
+        Refusal{"variable_weight_of_texts",
+                Segmentation("weightedSum", Segment(Linear("1") + "<VariableWeight field=\"s\"/>")), "needs numbers"},
+        Refusal{"treatment", Segmentation("sum", kOne, "missingPredictionTreatment=\"drop\""),
+                "isn't one of: continue, skipSegment, returnMissing"},
+        Refusal{"threshold", Segmentation("sum", kOne, "missingThreshold=\"1.5\""), "isn't between 0 and 1"},
+        Refusal{"field_of_no_schema", Segmentation("sum", Segment(Linear("1", "x", Fields({"n"})))), "\"x\""},
+        Refusal{"field_that_the_ensemble_lacks", Segmentation("sum", Segment(Linear("1", "q", Fields({"q"})))),
+                "\"q\""},
+        Refusal{"output_of_a_later_segment",
+                Segmentation("modelChain", Segment(Linear("0", "z")) + Segment(Linear("1", "", Predicted("z")))),
+                "\"z\""},
+        Refusal{"outputs_of_two_types",
+                Segmentation("modelChain",
+                             Segment(Linear("1", "", Predicted("z"))) +
+                                 Segment(Linear("1", "",
+                                                "<Output><OutputField name=\"z\" dataType=\"string\"/></Output>"))),
+                "of another type"},
+        Refusal{"select_all_inside",
+                Segmentation("sum", Segment(Nested("regression", Segmentation("selectAll", kOne)))),
+                "gives no result that an ensemble could use"},
+        Refusal{"not_scorable",
+                Segmentation("sum", Segment("<RegressionModel functionName=\"regression\" isScorable=\"false\">" +
+                                            Fields({"x"}) + "<RegressionTable intercept=\"1\"/></RegressionModel>")),
+                "isn't meant for scoring"},
+        Refusal{"residual_without_target",
+                "<Output><OutputField name=\"r\" feature=\"residual\" segmentId=\"1\"/></Output>" +
+                    Segmentation("sum", kOne),
+                "needs a target field"}),
+    KelTest::CaseName());
+
+}  // namespace
+}  // namespace TorvaneTest
