@@ -19,7 +19,7 @@ namespace Torvane {
 /// A set of rules: the first one that fires, the heaviest one, or the score whose rules weigh most.
 ///
 /// A rule fires if its predicate and those of all compound rules around it are true. Predicates stand in document order
-/// in one list; one that isn't true leads past all that stands inside its rule.
+/// in one list, each part of an "and" by itself; one that isn't true leads past all that stands inside its rule.
 ///
 /// The confidence of a category is that of its best firing rule, or, where weights are added, its total weight divided
 /// by the number of firing rules. The probability of the prediction is its confidence, where confidences are numbers
@@ -47,7 +47,7 @@ class RuleSetModel final : public ModelBody {
   struct Step {
     Test test;
     std::uint32_t end = 0;         // the step to go on with if the test isn't true
-    std::uint32_t rule = kNoRule;  // that fires; none for a compound rule
+    std::uint32_t rule = kNoRule;  // that fires if it is; none before a rule's last step
   };
   struct Rule {
     double weight = 1.0;

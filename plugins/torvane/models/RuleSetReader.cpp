@@ -3,8 +3,6 @@
 namespace Torvane {
 namespace {
 
-constexpr std::uint32_t kNoStep = Prediction::kNone;
-
 Element NextRule(Element element) {
   while (element && !element.Is("SimpleRule") && !element.Is("CompoundRule")) element = element.NextSibling();
   return element;
@@ -64,13 +62,11 @@ void RuleSetReader::ReadCriterion(const Element& ruleSet) {
 }
 
 void RuleSetReader::ReadRules(const Element& ruleSet) {
-  std::vector<OpenRule> open{{kNoStep, NextRule(ruleSet.FirstChild())}};
+  std::vector<OpenRule> open{{0, 0, NextRule(ruleSet.FirstChild())}};
   while (!open.empty()) {
     const Element element = open.back().next;
     if (!element) {
-      if (open.back().step != kNoStep) {
-        fModel->fSteps[open.back().step].end = static_cast<std::uint32_t>(fModel->fSteps.size());
-      }
+      CloseSteps(open.back().firstStep, open.back().endStep);
       open.pop_back();
       continue;
     }
@@ -89,7 +85,9 @@ RuleSetReader::OpenRule RuleSetReader::AddCompound(const Element& element) {
                                   "SimpleRule", "CompoundRule"});
   const Element first = NextRule(element.FirstChild());
   if (!first) throw element.Error("has no rules");
-  return {AddStep(element), first};
+  const std::uint32_t firstStep = StepCount();
+  AddSteps(PredicateCompiler::FindIn(element));
+  return {firstStep, StepCount(), first};
 }
 
 // A weight or a confidence that isn't given is 1, as the later versions of the standard have it: producers of earlier
@@ -97,9 +95,10 @@ RuleSetReader::OpenRule RuleSetReader::AddCompound(const Element& element) {
 void RuleSetReader::AddRule(const Element& element) {
   RefuseUnknownChildren(
       element, {"SimplePredicate", "CompoundPredicate", "SimpleSetPredicate", "True", "False", "ScoreDistribution"});
-  RuleSetModel::Step& step = fModel->fSteps[AddStep(element)];
-  step.rule = static_cast<std::uint32_t>(fModel->fRules.size());
-  step.end = static_cast<std::uint32_t>(fModel->fSteps.size());
+  const std::uint32_t firstStep = StepCount();
+  AddSteps(PredicateCompiler::FindIn(element));
+  CloseSteps(firstStep, StepCount());
+  fModel->fSteps.back().rule = static_cast<std::uint32_t>(fModel->fRules.size());
   fIds.push_back(element.Attribute("id"));
   Rule rule;
   rule.weight = ReadFinite(element, "weight").value_or(1.0);
@@ -110,10 +109,20 @@ void RuleSetReader::AddRule(const Element& element) {
   fModel->fRules.push_back(rule);
 }
 
-std::uint32_t RuleSetReader::AddStep(const Element& element) {
-  RuleSetModel::Step& step = fModel->fSteps.emplace_back();
-  step.test = fPredicates.CompileChild(element);
-  return static_cast<std::uint32_t>(fModel->fSteps.size() - 1);
+// A rule needs its predicate to be true, whether it is false or unknown otherwise. So the predicates that an "and"
+// joins are as good as steps one after the other, which cost less than a compound predicate.
+void RuleSetReader::AddSteps(const Element& predicate) {
+  const bool isAnd = predicate.Is("CompoundPredicate") && predicate.Attribute("booleanOperator") == "and";
+  const std::uint32_t firstStep = StepCount();
+  for (Element child = predicate.FirstChild(); isAnd && child; child = child.NextSibling()) {
+    if (!IsIgnorable(child)) fModel->fSteps.emplace_back().test = fPredicates.Compile(child);
+  }
+  if (StepCount() == firstStep) fModel->fSteps.emplace_back().test = fPredicates.Compile(predicate);
+}
+
+// What comes next if a test isn't true: all that follows what has been read so far.
+void RuleSetReader::CloseSteps(std::uint32_t first, std::uint32_t end) {
+  for (std::uint32_t step = first; step < end; ++step) fModel->fSteps[step].end = StepCount();
 }
 
 void RuleSetReader::ReadDefault(const Element& ruleSet) {

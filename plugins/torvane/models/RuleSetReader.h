@@ -23,7 +23,8 @@ class RuleSetReader {
 
   // A rule set or compound rule whose rules are being read.
   struct OpenRule {
-    std::uint32_t step;  // none for the rule set
+    std::uint32_t firstStep;  // of its own predicate; the rule set has none
+    std::uint32_t endStep;
     Element next;
   };
 
@@ -31,7 +32,9 @@ class RuleSetReader {
   void ReadRules(const Element& ruleSet);
   void AddRule(const Element& element);
   OpenRule AddCompound(const Element& element);
-  std::uint32_t AddStep(const Element& element);
+  void AddSteps(const Element& predicate);
+  void CloseSteps(std::uint32_t first, std::uint32_t end);
+  [[nodiscard]] std::uint32_t StepCount() const { return static_cast<std::uint32_t>(fModel->fSteps.size()); }
   void ReadDefault(const Element& ruleSet);
   void ReadScore(const Element& element, std::string_view attribute, Rule& rule);
   void ReadShares(const Element& element, const Rule& rule);

@@ -142,7 +142,7 @@ TreeReader::OpenNode TreeReader::AddNode(const Element& element) {
 }
 
 void TreeReader::ReadPredicate(const Element& element) {
-  fTree->fNodes.back().test = fPredicates.CompileChild(element);
+  fTree->fNodes.back().test = fPredicates.Compile(PredicateCompiler::FindIn(element));
   Normalize(fTree->fNodes.back().test);
 }
 

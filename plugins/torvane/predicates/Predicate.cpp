@@ -160,7 +160,7 @@ Test PredicateCompiler::Compile(const Element& predicate) {
   return predicate.Is("CompoundPredicate") ? CompileCompound(predicate) : CompileLeaf(predicate);
 }
 
-Test PredicateCompiler::CompileChild(const Element& parent) {
+Element PredicateCompiler::FindIn(const Element& parent) {
   Element predicate;
   for (Element child = parent.FirstChild(); child; child = child.NextSibling()) {
     if (!IsPredicate(child)) continue;
@@ -168,7 +168,7 @@ Test PredicateCompiler::CompileChild(const Element& parent) {
     predicate = child;
   }
   if (!predicate) throw parent.Error("has no predicate");
-  return Compile(predicate);
+  return predicate;
 }
 
 Test PredicateCompiler::CompileLeaf(const Element& predicate) {

@@ -128,10 +128,10 @@ class PredicateCompiler {
 
   /// Whether an element is a predicate.
   [[nodiscard]] static bool IsPredicate(const Element& element) noexcept;
+  /// The one predicate among the children of an element. Throws if there are none or two.
+  [[nodiscard]] static Element FindIn(const Element& parent);
   /// Throws `PmmlError` for an unknown field, operator or element, a missing or impossible value.
   Test Compile(const Element& predicate);
-  /// The same for the one predicate among the children of an element. Throws as well if there are none or two.
-  Test CompileChild(const Element& parent);
 
  private:
   using Connective = PredicateTable::Connective;

@@ -137,6 +137,28 @@ TEST(RuleSet, CompoundRules_GuardTheirRulesAtAnyDepth) {
   EXPECT_EQ(fired(-1.0), "null");
 }
 
+TEST(RuleSet, JoinedPredicates_MustAllBeTrue) {
+  const auto both = [](const std::string& connective, const std::string& a, const std::string& b) {
+    return "<CompoundPredicate booleanOperator=\"" + connective + "\">" + a + b + "</CompoundPredicate>";
+  };
+  const std::string isA = R"(<SimplePredicate field="s" operator="equal" value="a"/>)";
+  const std::string rules =
+      Compound(both("and", Above("0"), both("or", isA, Above("5"))) +
+               Rule(R"(id="1" score="yes")", both("and", both("and", Above("1"), isA), Above("2"))) +
+               Rule(R"(id="2" score="no")", "<True/>")) +
+      Rule(R"(id="3" score="maybe")", both("and", isA, "<True/>"));
+  const Scorer scorer = Load(RuleSet("firstHit", rules));
+  const auto fired = [&](const Value& x, const Value& s) {
+    return Shown(scorer.Score({{"x", x}, {"s", s}}), "ruleset-idfire");
+  };
+  EXPECT_EQ(fired(3.0, "a"), "1");
+  EXPECT_EQ(fired(1.5, "a"), "2");
+  EXPECT_EQ(fired(6.0, kNull), "2");
+  EXPECT_EQ(fired(3.0, "b"), "null");
+  EXPECT_EQ(fired(-1.0, "a"), "3");
+  EXPECT_EQ(fired(kNull, "a"), "3");
+}
+
 TEST(RuleSet, RulesNestedVeryDeep_AreReadAndScored) {
   constexpr int kDepth = 5000;
   std::string rules;
@@ -257,6 +279,12 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"unknown_element", Plain(kYes + "<Rule/>"), "is not supported in <RuleSet>"},
         RefusalCase{"no_score", Plain(Rule("", "<True/>")), "score"},
         RefusalCase{"no_predicate", Plain(Rule(R"(score="yes")", "")), "has no predicate"},
+        RefusalCase{"empty_predicate", Plain(Rule(R"(score="yes")", R"(<CompoundPredicate booleanOperator="and"/>)")),
+                    "holds no predicate"},
+        RefusalCase{
+            "joined_elements",
+            Plain(Rule(R"(score="yes")", R"(<CompoundPredicate booleanOperator="and"><Rule/></CompoundPredicate>)")),
+            "is no predicate"},
         RefusalCase{"two_predicates", Plain(Rule(R"(score="yes")", "<True/><True/>")), "is a second predicate"},
         RefusalCase{"rule_in_a_rule", Plain(Rule(R"(score="yes")", "<True/>" + kYes)),
                     "is not supported in <SimpleRule>"},
