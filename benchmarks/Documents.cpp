@@ -49,6 +49,41 @@ std::string Predictors(int terms, int table) {
   return text;
 }
 
+constexpr const char* kCategories[] = {"low", "middle", "high"};
+
+std::string TargetCount(const char* category, int count) {
+  return std::string("<TargetValueCount value=\"") + category + "\" count=\"" + std::to_string(count) + "\"/>";
+}
+
+std::string NormalStats(int input) {
+  std::string text = "<TargetValueStats>";
+  for (int table = 0; table < 3; ++table) {
+    text += std::string("<TargetValueStat value=\"") + kCategories[table] + "\"><GaussianDistribution mean=\"" +
+            Text(Coefficient(input, table) - 1.0) + "\" variance=\"" + std::to_string(1 + table) +
+            "\"/></TargetValueStat>";
+  }
+  return text + "</TargetValueStats>";
+}
+
+std::string BinCounts(int input) {
+  std::string text = "<DerivedField optype=\"categorical\" dataType=\"string\"><Discretize field=\"" +
+                     FieldName(input) +
+                     "\"><DiscretizeBin binValue=\"0\"><Interval closure=\"openClosed\" rightMargin=\"-1\"/>"
+                     "</DiscretizeBin><DiscretizeBin binValue=\"1\"><Interval closure=\"openClosed\" leftMargin=\"-1\" "
+                     "rightMargin=\"1\"/></DiscretizeBin><DiscretizeBin binValue=\"2\"><Interval "
+                     "closure=\"openOpen\" leftMargin=\"1\"/></DiscretizeBin></Discretize></DerivedField>";
+  for (int bin = 0; bin < 3; ++bin) {
+    text += "<PairCounts value=\"" + std::to_string(bin) + "\"><TargetValueCounts>";
+    for (int table = 0; table < 3; ++table) text += TargetCount(kCategories[table], NaiveBayesCount(input, bin, table));
+    text += "</TargetValueCounts></PairCounts>";
+  }
+  return text;
+}
+
+std::string SimplePredicate(const std::string& field, const std::string& comparison, double value) {
+  return "<SimplePredicate field=\"" + field + "\" operator=\"" + comparison + "\" value=\"" + Text(value) + "\"/>";
+}
+
 // A perfectly regular tree: node n has children 2n + 1 and 2n + 2 while they are below 20, and splits on input
 // n mod 4 at (n mod 5) - 2. A leaf's score is its number.
 void AppendNode(std::string& text, int node, const std::string& predicate) {
@@ -82,9 +117,8 @@ std::string MultinomialRegression(int terms) {
   std::string text = Head(terms, kCategoryTarget) +
                      "<RegressionModel functionName=\"classification\" normalizationMethod=\"softmax\">\n" +
                      MiningSchema(terms);
-  const char* categories[] = {"low", "middle", "high"};
   for (int table = 0; table < 3; ++table) {
-    text += std::string("<RegressionTable intercept=\"1\" targetCategory=\"") + categories[table] + "\">\n" +
+    text += std::string("<RegressionTable intercept=\"1\" targetCategory=\"") + kCategories[table] + "\">\n" +
             Predictors(terms, table) + "</RegressionTable>\n";
   }
   return text + "</RegressionModel>\n</PMML>\n";
@@ -94,6 +128,34 @@ std::string Tree20() {
   std::string text = Head(4, kNumberTarget) + "<TreeModel functionName=\"regression\">\n" + MiningSchema(4);
   AppendNode(text, 0, "<True/>");
   return text + "</TreeModel>\n</PMML>\n";
+}
+
+int NaiveBayesCount(int input, int bin, int table) { return 1 + (input + bin + 2 * table) % 5; }
+
+std::string NaiveBayes(int inputs) {
+  std::string text = Head(inputs, kCategoryTarget) +
+                     "<NaiveBayesModel functionName=\"classification\" threshold=\"0.001\">\n" + MiningSchema(inputs) +
+                     "<BayesInputs>\n";
+  for (int i = 0; i < inputs; ++i) {
+    text += "<BayesInput fieldName=\"" + FieldName(i) + "\">" + (i % 2 == 0 ? NormalStats(i) : BinCounts(i)) +
+            "</BayesInput>\n";
+  }
+  text += "</BayesInputs>\n<BayesOutput fieldName=\"y\"><TargetValueCounts>";
+  for (const char* category : kCategories) text += TargetCount(category, 10);
+  return text + "</TargetValueCounts></BayesOutput>\n</NaiveBayesModel>\n</PMML>\n";
+}
+
+std::string RuleSet(int rules) {
+  std::string text = Head(4, kCategoryTarget) + "<RuleSetModel functionName=\"classification\">\n" + MiningSchema(4) +
+                     "<RuleSet defaultScore=\"low\"><RuleSelectionMethod criterion=\"firstHit\"/>\n";
+  for (int rule = 0; rule < rules; ++rule) {
+    text += std::string("<SimpleRule score=\"") + kCategories[rule % 3] +
+            "\"><CompoundPredicate booleanOperator=\"and\">" +
+            SimplePredicate(FieldName(rule % 4), "greaterThan", 2.0 - rule / 25.0) +
+            SimplePredicate(FieldName((rule + 1) % 4), "lessOrEqual", rule / 25.0 - 1.5) +
+            "</CompoundPredicate></SimpleRule>\n";
+  }
+  return text + "</RuleSet></RuleSetModel>\n</PMML>\n";
 }
 
 std::string Minimal() {
@@ -111,7 +173,9 @@ std::string PlugIn(const std::string& baseName) { return std::string(KEL_LIBRARY
 
 KelXML_1_3::KelSettings Settings(const std::string& plugIn) {
   KelXML_1_3::KelSettings kinds;
-  for (const char* kind : {"MiningModel", "RegressionModel", "TreeModel"}) kinds.AddSetting(kind, "", true);
+  for (const char* kind : {"MiningModel", "NaiveBayesModel", "RegressionModel", "RuleSetModel", "TreeModel"}) {
+    kinds.AddSetting(kind, "", true);
+  }
   KelXML_1_3::KelSettings plugIns;
   plugIns.AddSetting(Const::kDefaultPlugIn, plugIn, true);
   KelXML_1_3::KelSettings settings;

@@ -20,6 +20,14 @@ std::string LinearRegression(int terms);
 std::string MultinomialRegression(int terms);
 /// A binary regression tree of 20 nodes on 4 inputs, the same as `HandWritten::Tree20`.
 std::string Tree20();
+/// Naive Bayes over the categories of `MultinomialRegression`. Even inputs have normal distributions with mean
+/// Coefficient(i, table) - 1 and variance 1 + table; odd ones three bins, up to -1, up to 1 and above, with
+/// `NaiveBayesCount` records each. A category has 10 records.
+std::string NaiveBayes(int inputs);
+int NaiveBayesCount(int input, int bin, int table);
+/// Rules of which the first one that fires decides: rule r fires if x(r mod 4) > 2 - r / 25 and
+/// x((r + 1) mod 4) <= r / 25 - 1.5. Its score is the category r mod 3 of `MultinomialRegression`, the default "low".
+std::string RuleSet(int rules);
 /// Any document whose model is a TreeModel.
 std::string Minimal();
 /// A regression document of about that many bytes, most of it dictionary and predictors.
