@@ -40,8 +40,9 @@ Element ReadCountList(const Element& element) {
 DataType ReadDataType(const Element& derived) {
   const char* const name = derived.Attribute("datatype") ? "datatype" : "dataType";
   DataType type;
-  if (!KelTransformNS::ParseDataType(derived.Required(name), type))
+  if (!KelTransformNS::ParseDataType(derived.Required(name), type)) {
     throw derived.AttributeError(name, "is no data type");
+  }
   return type;
 }
 
