@@ -1,6 +1,7 @@
 #include "tools/kelscore/LoadedModel.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -42,7 +43,8 @@ void CheckFile(const std::string& path) {
 std::stringstream ReadDocument(const std::string& path) {
   CheckFile(path);
   std::ifstream file(path, std::ios::binary);
-  if (!file) throw Failure(kNoModel, path + ": no model: the file can't be opened");
+  if (!file)
+    throw Failure(kNoModel, path + ": no model: the file can't be opened: " + std::generic_category().message(errno));
   std::stringstream document;
   if (file.peek() != std::ifstream::traits_type::eof()) document << file.rdbuf();
   return document;

@@ -204,7 +204,7 @@ TEST(BadComposite, AnyOfThem_IsRefusedOrWarnedOf) {
       {"missing file in the middle",
        {"--member", "a=" + good, "--member", "b=" + missing, "--member", "c=" + good},
        kNoModel,
-       missing + ": no model: "},
+       missing + ": no model: the file can't be opened: No such file or directory"},
       {"malformed member",
        {"--member", "a=" + good, "--member", "b=" + broken},
        kNoModel,
@@ -281,6 +281,21 @@ const SettingsCase kSettings[] = {
     {"a document that isn't there",
      "<s><Parameter name='scoring_pmmlFiles'><ListValue><Value value='no.pmml'/></ListValue></Parameter></s>", kNoModel,
      "/no.pmml: no model: status 260004 "},
+    {"a document in the middle that isn't there",
+     "<s><Parameter name='scoring_pmmlFiles'><ListValue><Value value='churn.pmml'/><Value value='no.pmml'/>"
+     "<Value value='churn.pmml'/></ListValue></Parameter><Parameter name='scoring_modelIDs'><ListValue>"
+     "<Value value='a'/><Value value='b'/><Value value='c'/></ListValue></Parameter></s>",
+     kNoModel, "/no.pmml: no model: status 260004 "},
+    {"a malformed document in the middle",
+     "<s><Parameter name='scoring_pmmlFiles'><ListValue><Value value='churn.pmml'/><Value value='settings.xml'/>"
+     "<Value value='churn.pmml'/></ListValue></Parameter><Parameter name='scoring_modelIDs'><ListValue>"
+     "<Value value='a'/><Value value='b'/><Value value='c'/></ListValue></Parameter></s>",
+     kNoModel, "/settings.xml: no model: status 260010 "},
+    {"an identifier twice",
+     "<s><Parameter name='scoring_pmmlFiles'><ListValue><Value value='churn.pmml'/><Value value='churn.pmml'/>"
+     "</ListValue></Parameter><Parameter name='scoring_modelIDs'><ListValue><Value value='a'/><Value value='a'/>"
+     "</ListValue></Parameter></s>",
+     kSuccess, "warning: identifier \"a\" stands twice"},
     {"more identifiers than documents",
      "<s><Parameter name='scoring_pmmlFiles'><ListValue><Value value='churn.pmml'/><Value value='churn.pmml'/>"
      "</ListValue></Parameter><Parameter name='scoring_modelIDs'><ListValue><Value value='a'/><Value value='b'/>"
