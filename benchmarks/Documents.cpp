@@ -173,7 +173,8 @@ std::string PlugIn(const std::string& baseName) { return std::string(KEL_LIBRARY
 
 KelXML_1_3::KelSettings Settings(const std::string& plugIn) {
   KelXML_1_3::KelSettings kinds;
-  for (const char* kind : {"MiningModel", "NaiveBayesModel", "RegressionModel", "RuleSetModel", "TreeModel"}) {
+  for (const char* kind : {"ClusteringModel", "MiningModel", "NaiveBayesModel", "NearestNeighborModel",
+                           "RegressionModel", "RuleSetModel", "TreeModel"}) {
     kinds.AddSetting(kind, "", true);
   }
   KelXML_1_3::KelSettings plugIns;

@@ -9,6 +9,7 @@
 #include <ostream>
 #include <sstream>
 #include <stdexcept>
+#include <string_view>
 
 #include "scoring/common/KelDiagnostics.h"
 #include "scoring/common/KelScoringConst.h"
@@ -71,6 +72,22 @@ KelSettings HostSettings() {
   return settings;
 }
 
+// A column "@affinity" asks for the feature of that name. Where the document has no outputs of its own, it gets one.
+std::string WithFeatures(std::string document, const std::vector<std::string>& columns) {
+  std::string fields;
+  for (const std::string& column : columns) {
+    if (column.starts_with("@")) {
+      fields += "<OutputField name=\"" + column + "\" feature=\"" + column.substr(1) + "\"/>";
+    }
+  }
+  constexpr std::string_view kSchemaEnd = "</MiningSchema>";
+  const std::size_t schemaEnd = document.find(kSchemaEnd);
+  if (fields.empty() || schemaEnd == std::string::npos || document.find("<Output>") != std::string::npos) {
+    return document;
+  }
+  return document.insert(schemaEnd + kSchemaEnd.size(), "<Output>" + fields + "</Output>");
+}
+
 // "name(argument)" gives the argument.
 std::optional<std::string> ArgumentOf(const std::string& name, const std::string& column) {
   if (!column.starts_with(name + "(") || !column.ends_with(")")) return std::nullopt;
@@ -91,13 +108,16 @@ const std::vector<CorpusCase>& AllCases() {
   return cases;
 }
 
-Loaded Load(const std::string& path) {
+Loaded Load(const std::string& path, const std::vector<std::string>& columns) {
   static ScoringFactory keepsPlatformUp;
   std::ifstream file(path, std::ios::binary);
+  std::ostringstream text;
+  text << file.rdbuf();
+  std::istringstream document(WithFeatures(text.str(), columns));
   KelSettings settings = HostSettings();
   KelDiagnostics::Clear();
   ScoringFactory factory;
-  factory.CreateScoringModel(settings, file);
+  factory.CreateScoringModel(settings, document);
   Loaded loaded;
   loaded.code = factory.GetStatus().GetErrorCode();
   loaded.reason = KelDiagnostics::Last();

@@ -33,7 +33,8 @@ struct Loaded {
   long code = 0;
   std::string reason;
 };
-Loaded Load(const std::string& path);
+/// `columns` are those of the expected results; what only an "OutputField" can tell of them is added to the document.
+Loaded Load(const std::string& path, const std::vector<std::string>& columns);
 
 /// A record of the table's columns that the model knows, refilled row by row: numbers for numeric variables, texts for
 /// the others, null for an empty cell.

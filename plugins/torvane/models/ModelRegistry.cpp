@@ -1,7 +1,9 @@
 #include "plugins/torvane/models/ModelRegistry.h"
 
+#include "plugins/torvane/models/ClusteringModel.h"
 #include "plugins/torvane/models/MiningModel.h"
 #include "plugins/torvane/models/NaiveBayesModel.h"
+#include "plugins/torvane/models/NearestNeighborModel.h"
 #include "plugins/torvane/models/RegressionModel.h"
 #include "plugins/torvane/models/RuleSetModel.h"
 #include "plugins/torvane/models/TreeModel.h"
@@ -15,8 +17,10 @@ constexpr MiningFunction kCluster = MiningFunction::kClustering;
 
 // All model kinds. A new one adds its line here.
 const ModelKind kKinds[] = {
+    {"ClusteringModel", ClusteringModel::Build, {kCluster}},
     {"MiningModel", MiningModel::Build, {kNumber, kCategory, kCluster}},
     {"NaiveBayesModel", NaiveBayesModel::Build, {kCategory}},
+    {"NearestNeighborModel", NearestNeighborModel::Build, {kNumber, kCategory, kCluster}},
     {"RegressionModel", RegressionModel::Build, {kNumber, kCategory}},
     {"RuleSetModel", RuleSetModel::Build, {kNumber, kCategory}},
     {"TreeModel", TreeModel::Build, {kNumber, kCategory}},
