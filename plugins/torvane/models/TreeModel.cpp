@@ -16,8 +16,9 @@ std::span<const KindOutput> TreeModel::KindOutputs() const noexcept {
 void TreeModel::Evaluate(KelTransformNS::Frame cells, Prediction& prediction) const {
   const Cell* const frame = cells.data();
   bool surrogateUsed = false;
-  const Test& root = fNodes[0].test;
-  if (root.kind != TestKind::kAlways && fPredicates.Evaluate(root, frame, surrogateUsed) != Truth::kTrue) return;
+  const Node& root = fNodes[0];
+  const bool isAlways = root.Kind() == TestKind::kAlways;
+  if (!isAlways && fPredicates.Evaluate(root.ToTest(), frame, surrogateUsed) != Truth::kTrue) return;
   const std::uint32_t node = FollowSplits(0, frame);
   const Node& reached = fNodes[node];
   if (reached.isInner) return Descend(node, frame, prediction);
@@ -62,6 +63,13 @@ void TreeModel::Descend(std::uint32_t node, const Cell* frame, Prediction& predi
   Conclude(node, penalty, prediction);
 }
 
+void TreeModel::Node::SetTest(const Test& test) noexcept {
+  number = test.number;
+  slot = test.slot;
+  operand = test.operand;
+  kind = static_cast<std::uint32_t>(test.kind) & 0x1FU;
+}
+
 // The usual step: of two children one takes the numbers up to a limit and the other one those above. Ends where
 // something else must be looked at: at a leaf, another kind of predicate, or a missing value.
 std::uint32_t TreeModel::FollowSplits(std::uint32_t node, const Cell* frame) const noexcept {
@@ -69,11 +77,10 @@ std::uint32_t TreeModel::FollowSplits(std::uint32_t node, const Cell* frame) con
   const Node* at = nodes + node;
   while (at->isSplit) {
     const Node* const first = at + 1;
-    const Cell& cell = frame[first->test.slot];
+    const Cell& cell = frame[first->slot];
     if (cell.state != Cell::kNumber) break;
-    const bool isBelow = cell.number <= first->test.number;
-    const bool firstTakesBelow = first->test.kind == TestKind::kLessOrEqual;
-    at = isBelow == firstTakesBelow ? first : nodes + first->nextSibling;
+    const std::uint32_t isBelow = cell.number <= first->number ? 1 : 0;
+    at = isBelow == at->firstTakesBelow ? first : nodes + first->nextSibling;
   }
   return static_cast<std::uint32_t>(at - nodes);
 }
@@ -84,7 +91,7 @@ TreeModel::Found TreeModel::FindChild(std::uint32_t node, const Cell* frame, std
                                       bool& surrogateUsed) const {
   for (child = node + 1; child != 0; child = fNodes[child].nextSibling) {
     bool used = false;
-    const Truth truth = fPredicates.Evaluate(fNodes[child].test, frame, used);
+    const Truth truth = fPredicates.Evaluate(fNodes[child].ToTest(), frame, used);
     if (truth == Truth::kTrue) {
       surrogateUsed = used;
       return Found::kTrue;
@@ -129,8 +136,9 @@ void TreeModel::AddDistribution(const Branch& branch, Prediction& prediction) co
     prediction.confidences[result] += branch.weight * branch.penalty;
   }
   const std::vector<double>& confidences = fConfidences.empty() ? fProbabilities : fConfidences;
+  const std::uint32_t* categories = CategoriesFrom(begin);
   for (std::uint32_t entry = begin; entry < end; ++entry) {
-    const std::uint32_t category = fEntryCategories[entry];
+    const std::uint32_t category = *categories++;
     prediction.probabilities[category] += branch.weight * fProbabilities[entry];
     prediction.confidences[category] += branch.weight * confidences[entry] * branch.penalty;
   }
@@ -158,7 +166,7 @@ void TreeModel::FollowUnknown(std::uint32_t node, double penalty, const Cell* fr
     } else {
       const std::size_t first = branches.size();
       for (; child != 0; child = fNodes[child].nextSibling) {
-        if (fPredicates.Evaluate(fNodes[child].test, frame, surrogateUsed) == Truth::kFalse) continue;
+        if (fPredicates.Evaluate(fNodes[child].ToTest(), frame, surrogateUsed) == Truth::kFalse) continue;
         const double share = fRecordCounts.empty() ? 1.0 : fRecordCounts[child] / fRecordCounts[branch.node];
         branches.push_back({child, branch.weight * share, branch.penalty});
       }
@@ -199,8 +207,9 @@ void TreeModel::AggregateNodes(std::uint32_t node, double penalty, const Cell* f
   std::fill_n(counts, fCategoryCount, 0.0);
   double total = 0.0;
   const auto add = [&](const Branch& branch) {
+    const std::uint32_t* category = CategoriesFrom(fFirstEntry[branch.node]);
     for (std::uint32_t entry = fFirstEntry[branch.node]; entry < fFirstEntry[branch.node + 1]; ++entry) {
-      counts[fEntryCategories[entry]] += fEntryCounts[entry];
+      counts[*category++] += fEntryCounts[entry];
       total += fEntryCounts[entry];
     }
   };

@@ -37,7 +37,7 @@ class TreeModel final : public ModelBody {
   /// Whether one number tells which of the node's two children is entered.
   [[nodiscard]] bool IsSplit(std::uint32_t node) const noexcept { return fNodes[node].isSplit != 0; }
   /// The predicate of a node; its children are tested in their order. 0 is no child.
-  [[nodiscard]] const Test& TestOf(std::uint32_t node) const noexcept { return fNodes[node].test; }
+  [[nodiscard]] Test TestOf(std::uint32_t node) const noexcept { return fNodes[node].ToTest(); }
   [[nodiscard]] const PredicateTable& Predicates() const noexcept { return fPredicates; }
   [[nodiscard]] static std::uint32_t FirstChild(std::uint32_t node) noexcept { return node + 1; }
   [[nodiscard]] std::uint32_t NextSibling(std::uint32_t node) const noexcept { return fNodes[node].nextSibling; }
@@ -60,7 +60,8 @@ class TreeModel final : public ModelBody {
     const std::uint32_t begin = fFirstEntry.empty() ? 0 : fFirstEntry[node];
     const std::uint32_t end = fFirstEntry.empty() ? 0 : fFirstEntry[node + 1];
     if (begin == end) take(fNodes[node].result, 1.0);
-    for (std::uint32_t entry = begin; entry < end; ++entry) take(fEntryCategories[entry], fProbabilities[entry]);
+    const std::uint32_t* category = CategoriesFrom(begin);
+    for (std::uint32_t entry = begin; entry < end; ++entry) take(*category++, fProbabilities[entry]);
   }
 
  private:
@@ -77,12 +78,24 @@ class TreeModel final : public ModelBody {
 
   static constexpr std::uint32_t kNoResult = Prediction::kNone;
 
+  static constexpr std::uint32_t kSiblingBits = 24;
+  static constexpr std::uint32_t kMostNodes = (1U << kSiblingBits) - 1;
+
+  // A test with the rest of a node packed around it: large documents consist of nodes.
   struct Node {
-    Test test;
-    std::uint32_t nextSibling : 30 = 0;  // 0: it is the last child
+    double number = 0.0;  // of the test, and likewise:
+    std::uint32_t slot = 0;
+    std::uint32_t operand = 0;
+    std::uint32_t nextSibling : kSiblingBits = 0;  // 0: it is the last child
+    std::uint32_t kind : 5 = 0;
     std::uint32_t isInner : 1 = 0;
-    std::uint32_t isSplit : 1 = 0;     // one comparison of a number tells which of the two children is true
-    std::uint32_t result = kNoResult;  // the category of a classification, else a position in fScores
+    std::uint32_t isSplit : 1 = 0;          // one comparison of a number tells which of the two children is true
+    std::uint32_t firstTakesBelow : 1 = 0;  // of a split: the first child is that of numbers up to the limit
+    std::uint32_t result = kNoResult;       // the category of a classification, else a position in fScores
+
+    [[nodiscard]] TestKind Kind() const noexcept { return static_cast<TestKind>(kind); }
+    [[nodiscard]] Test ToTest() const noexcept { return {number, slot, operand, Kind()}; }
+    void SetTest(const Test& test) noexcept;
   };
 
   enum class Found { kTrue, kUnknown, kNothing };
@@ -94,6 +107,10 @@ class TreeModel final : public ModelBody {
     double penalty;
   };
 
+  // The categories of a node's entries, the first of which is given.
+  [[nodiscard]] const std::uint32_t* CategoriesFrom(std::uint32_t firstEntry) const noexcept {
+    return fEntryCategories.data() + (fListsSameCategories ? 0 : firstEntry);
+  }
   [[nodiscard]] std::uint32_t FollowSplits(std::uint32_t node, const KelTransformNS::Cell* frame) const noexcept;
   [[gnu::noinline]] void Descend(std::uint32_t node, const KelTransformNS::Cell* frame, Prediction& prediction) const;
   Found FindChild(std::uint32_t node, const KelTransformNS::Cell* frame, std::uint32_t& child,
@@ -117,7 +134,8 @@ class TreeModel final : public ModelBody {
   // Score distributions: the entries of node i begin at fFirstEntry[i] and end at fFirstEntry[i + 1]. Empty without
   // any.
   std::vector<std::uint32_t> fFirstEntry;
-  std::vector<std::uint32_t> fEntryCategories;
+  std::vector<std::uint32_t> fEntryCategories;  // of each entry, or those of one node if all list the same ones
+  bool fListsSameCategories = false;
   std::vector<double> fProbabilities;
   std::vector<double> fConfidences;             // empty if they equal the probabilities throughout
   std::vector<double> fEntryCounts;             // for "aggregateNodes" only

@@ -6,8 +6,6 @@
 namespace Torvane {
 namespace {
 
-constexpr std::uint32_t kMaxNodes = (1U << 30) - 1;
-
 // x < t and x <= the number below t are the same, and so are x >= t and x > that number. So that a split has to look at
 // one kind of comparison only, strictness moves into the limit. Infinite limits stay as they are.
 void Normalize(Test& test) {
@@ -117,14 +115,14 @@ void TreeReader::ReadNodes(const Element& root) {
 
 void TreeReader::ReadChild(OpenNode& parent, std::vector<OpenNode>& open) {
   OpenNode child = AddNode(parent.nextChild);
-  if (parent.lastChild != 0) fTree->fNodes[parent.lastChild].nextSibling = child.node & kMaxNodes;
+  if (parent.lastChild != 0) fTree->fNodes[parent.lastChild].nextSibling = child.node & TreeModel::kMostNodes;
   parent.lastChild = child.node;
   parent.nextChild = parent.nextChild.Next("Node");
   open.push_back(child);  // last: `parent` lies in `open`
 }
 
 TreeReader::OpenNode TreeReader::AddNode(const Element& element) {
-  if (fTree->fNodes.size() >= kMaxNodes) throw element.Error("is one node too many");
+  if (fTree->fNodes.size() >= TreeModel::kMostNodes) throw element.Error("is one node too many");
   RefuseUnknownChildren(element, {"SimplePredicate", "CompoundPredicate", "SimpleSetPredicate", "True", "False",
                                   "Partition", "ScoreDistribution", "Node", "Regression", "DecisionTree"});
   const auto node = static_cast<std::uint32_t>(fTree->fNodes.size());
@@ -142,8 +140,9 @@ TreeReader::OpenNode TreeReader::AddNode(const Element& element) {
 }
 
 void TreeReader::ReadPredicate(const Element& element) {
-  fTree->fNodes.back().test = fPredicates.Compile(PredicateCompiler::FindIn(element));
-  Normalize(fTree->fNodes.back().test);
+  Test test = fPredicates.Compile(PredicateCompiler::FindIn(element));
+  Normalize(test);
+  fTree->fNodes.back().SetTest(test);
 }
 
 void TreeReader::ReadDistribution(const Element& element) {
@@ -278,7 +277,10 @@ void TreeReader::MarkSplit(std::uint32_t node) {
   if (nodes[node].isInner == 0) return;
   const TreeModel::Node& first = nodes[node + 1];
   if (first.nextSibling == 0 || nodes[first.nextSibling].nextSibling != 0) return;
-  if (AreComplements(first.test, nodes[first.nextSibling].test)) nodes[node].isSplit = 1;
+  if (AreComplements(first.ToTest(), nodes[first.nextSibling].ToTest())) {
+    nodes[node].isSplit = 1;
+    nodes[node].firstTakesBelow = first.Kind() == TestKind::kLessOrEqual ? 1 : 0;
+  }
 }
 
 // A node may lack a default child: it then predicts nothing where it would be needed. One that names another node than
@@ -296,9 +298,25 @@ void TreeReader::FindDefaultChild(const OpenNode& open) {
   throw open.element.AttributeError("defaultChild", "isn't the id of a child");
 }
 
+// Most producers list all categories at each node, in one order. One list then serves all.
+void TreeReader::ShareCategories() {
+  TreeModel& tree = *fTree;
+  std::vector<std::uint32_t> shared;
+  for (std::size_t node = 0; node + 1 < tree.fFirstEntry.size(); ++node) {
+    const auto begin = tree.fEntryCategories.begin() + tree.fFirstEntry[node];
+    const auto end = tree.fEntryCategories.begin() + tree.fFirstEntry[node + 1];
+    if (begin == end) continue;
+    if (shared.empty()) shared.assign(begin, end);
+    if (!std::equal(begin, end, shared.begin(), shared.end())) return;
+  }
+  tree.fEntryCategories = std::move(shared);
+  tree.fListsSameCategories = true;
+}
+
 void TreeReader::Shrink() {
   TreeModel& tree = *fTree;
   if (!fHasConfidences) tree.fConfidences = {};
+  ShareCategories();
   tree.fNodes.shrink_to_fit();
   tree.fScores.shrink_to_fit();
   tree.fFirstEntry.shrink_to_fit();

@@ -56,6 +56,7 @@ class TreeReader {
   [[nodiscard]] std::uint32_t BestEntry() const;
   [[nodiscard]] static double Probability(const Entry& entry, bool allGiven, double countSum);
   [[nodiscard]] bool InnerNodesPredict() const;
+  void ShareCategories();
   void Shrink();
 
   Element fElement;
