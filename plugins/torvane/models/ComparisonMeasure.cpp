@@ -93,46 +93,70 @@ void ComparisonMeasure::CompareBlock(const double* record, std::uint32_t first, 
   Finish(record, block);
 }
 
-// Leaves the bare sums in the block's affinities. The usual field, of differences without gaps, goes without detours.
+// Leaves the bare sums in the block's affinities.
 template <typename Fold>
 void ComparisonMeasure::Aggregate(const double* record, const double* rows, double start, const Fold& fold,
                                   Block& block) const noexcept {
   double sums[kLanes];
   std::fill_n(sums, kLanes, start);
   std::fill_n(block.known, kLanes, fHasGaps ? 0.0 : fTotalMissingWeight);
-  for (std::size_t i = 0; i < fFields.size(); ++i) {
-    const double x = record[i];
-    if (IsMissing(x)) continue;
-    const ComparedField& field = fFields[i];
-    const double* const points = rows + std::size_t{field.row} * kLanes;
-    if (field.isDifference && !fHasGaps) {
-      const double weight = field.weight;
-      for (std::uint32_t lane = 0; lane < kLanes; ++lane) {
-        sums[lane] = fold(sums[lane], weight, std::fabs(x - points[lane]));
-      }
-      continue;
-    }
-    double c[kLanes];
-    CompareField(field, x, points, c);
-    for (std::uint32_t lane = 0; lane < kLanes; ++lane) {
-      if (fHasGaps && IsMissing(points[lane])) continue;
-      sums[lane] = fold(sums[lane], field.weight, c[lane]);
-      if (fHasGaps) block.known[lane] += field.missingWeight;
-    }
+  if (fHasDifferencesOnly && !fHasGaps) {
+    AddDifferences(record, rows, fold, sums);
+  } else {
+    AddComparisons(record, rows, fold, sums, block.known);
   }
   std::copy_n(sums, kLanes, block.affinities);
 }
 
+// The usual case, which goes without detours: the sums stay in registers.
+template <typename Fold>
+void ComparisonMeasure::AddDifferences(const double* record, const double* rows, const Fold& fold,
+                                       double* sums) const noexcept {
+  const ComparedField* const fields = fFields.data();
+  const std::size_t count = fFields.size();
+  for (std::size_t i = 0; i < count; ++i, rows += kLanes) {
+    const double x = record[i];
+    if (IsMissing(x)) continue;
+    const double weight = fields[i].weight;
+    for (std::uint32_t lane = 0; lane < kLanes; ++lane) {
+      sums[lane] = fold(sums[lane], weight, std::fabs(x - rows[lane]));
+    }
+  }
+}
+
+template <typename Fold>
+void ComparisonMeasure::AddComparisons(const double* record, const double* rows, const Fold& fold, double* sums,
+                                       double* known) const noexcept {
+  for (std::size_t i = 0; i < fFields.size(); ++i) {
+    if (IsMissing(record[i])) continue;
+    const ComparedField& field = fFields[i];
+    const double* const points = rows + std::size_t{field.row} * kLanes;
+    double c[kLanes];
+    CompareField(field, record[i], points, c);
+    for (std::uint32_t lane = 0; lane < kLanes; ++lane) {
+      if (fHasGaps && IsMissing(points[lane])) continue;
+      sums[lane] = fold(sums[lane], field.weight, c[lane]);
+      if (fHasGaps) known[lane] += field.missingWeight;
+    }
+  }
+}
+
 void ComparisonMeasure::Finish(const double* record, Block& block) const noexcept {
-  double* const affinities = block.affinities;
-  for (std::uint32_t lane = 0; lane < kLanes; ++lane) {
-    affinities[lane] *= fHasGaps ? fTotalMissingWeight / block.known[lane] : record[fFields.size()];
+  if (fHasGaps) {
+    for (std::uint32_t lane = 0; lane < kLanes; ++lane) {
+      block.affinities[lane] *= fTotalMissingWeight / block.known[lane];
+    }
+  } else {
+    const double a = record[fFields.size()];
+    for (std::uint32_t lane = 0; lane < kLanes; ++lane) block.affinities[lane] *= a;
   }
   if (fAggregation == Aggregation::kEuclidean) {
-    for (std::uint32_t lane = 0; lane < kLanes; ++lane) affinities[lane] = std::sqrt(affinities[lane]);
+    for (std::uint32_t lane = 0; lane < kLanes; ++lane) block.affinities[lane] = std::sqrt(block.affinities[lane]);
   } else if (fAggregation == Aggregation::kMinkowski) {
     const double inverse = 1.0 / fPower;
-    for (std::uint32_t lane = 0; lane < kLanes; ++lane) affinities[lane] = std::pow(affinities[lane], inverse);
+    for (std::uint32_t lane = 0; lane < kLanes; ++lane) {
+      block.affinities[lane] = std::pow(block.affinities[lane], inverse);
+    }
   }
 }
 

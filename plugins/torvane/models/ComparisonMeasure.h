@@ -87,7 +87,6 @@ class ComparisonMeasure {
   struct ComparedField {
     std::uint32_t slot = 0;
     Function function = Function::kAbsDiff;
-    bool isDifference = false;  // absDiff of two values
     double weight = 1.0;
     double missingWeight = 1.0;          // Q
     double gaussFactor = 0.0;            // ln 2 / s^2
@@ -118,6 +117,11 @@ class ComparisonMeasure {
   [[nodiscard]] double CompareOne(const ComparedField& field, double x, double y) const noexcept;
   template <typename Fold>
   void Aggregate(const double* record, const double* rows, double start, const Fold& fold, Block& block) const noexcept;
+  template <typename Fold>
+  void AddDifferences(const double* record, const double* rows, const Fold& fold, double* sums) const noexcept;
+  template <typename Fold>
+  void AddComparisons(const double* record, const double* rows, const Fold& fold, double* sums,
+                      double* known) const noexcept;
   void AggregateBinary(const double* record, const double* rows, Block& block) const noexcept;
   void Finish(const double* record, Block& block) const noexcept;
 
@@ -133,7 +137,8 @@ class ComparisonMeasure {
   std::uint32_t fRowCount = 0;  // of a block
   std::vector<double> fPoints;  // NaN: a missing value
   std::uint32_t fPointCount = 0;
-  bool fHasGaps = false;  // values of points are missing
+  bool fHasDifferencesOnly = true;  // every field compares two values by absDiff
+  bool fHasGaps = false;            // values of points are missing
 };
 
 }  // namespace Torvane

@@ -137,7 +137,6 @@ void ComparisonReader::AddField(const Element& settings, std::string_view name, 
   if (compared.function == Function::kTable) {
     ReadTable(settings, name, DeclaredValues(settings, name, field, fScope), compared);
   }
-  compared.isDifference = compared.function == Function::kAbsDiff;
   Add(compared, 1, name, field);
 }
 
@@ -165,6 +164,8 @@ void ComparisonReader::AddDistribution(const Element& settings, std::string_view
 }
 
 void ComparisonReader::Add(ComparedField compared, std::uint32_t rowCount, std::string_view name, const Field& field) {
+  const bool isDifference = compared.function == Function::kAbsDiff && compared.distributionSize == 0;
+  fMeasure.fHasDifferencesOnly = fMeasure.fHasDifferencesOnly && isDifference;
   compared.row = fMeasure.fRowCount;
   fMeasure.fRowCount += rowCount;
   fMeasure.fFields.push_back(compared);
