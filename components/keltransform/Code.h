@@ -94,7 +94,17 @@ struct Tables {
 [[nodiscard]] Cell Execute(const Instruction& step, const Operands& operands, const Tables& tables) noexcept;
 
 struct Program::Code {
-  std::vector<Instruction> instructions;
+  /// Instructions of one operation that follow each other.
+  struct Batch {
+    OpCode operation;
+    std::uint32_t end;  ///< the instruction after the last one; the first one is the end of the batch before
+  };
+
+  Code(std::vector<Instruction> steps, std::vector<Operand> operandsOfSteps,
+       std::shared_ptr<const Tables> tablesOfSteps);
+
+  std::vector<Instruction> instructions;  ///< in an order in which what is used comes before what uses it
+  std::vector<Batch> batches;
   std::vector<Operand> operands;
   std::shared_ptr<const Tables> tables;
 };

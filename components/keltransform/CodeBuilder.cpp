@@ -124,8 +124,8 @@ std::uint32_t CodeBuilder::SlotOf(const CompiledValue& value) {
 Program CodeBuilder::Finish() {
   auto next = EmptyTables(fPool);
   Program program;
-  program.fCode = std::make_unique<Program::Code>(
-      Program::Code{std::exchange(fInstructions, {}), std::exchange(fOperands, {}), std::move(fTables)});
+  program.fCode = std::make_unique<Program::Code>(std::exchange(fInstructions, {}), std::exchange(fOperands, {}),
+                                                  std::move(fTables));
   fTables = std::move(next);
   return program;
 }

@@ -27,12 +27,6 @@ class Operands {
   Operands(const Operand* first, std::size_t count, const Cell* slots, const Cell* constants) noexcept
       : fFirst(first), fCount(count), fSlots(slots), fConstants(constants) {}
 
-  /// Goes on to those of another instruction, over the same slots and constants.
-  void MoveTo(const Operand* first, std::size_t count) noexcept {
-    fFirst = first;
-    fCount = count;
-  }
-
   [[nodiscard]] std::size_t Count() const noexcept { return fCount; }
   [[nodiscard]] const Cell& operator[](std::size_t index) const noexcept {
     const Operand operand = fFirst[index];

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
+#include <span>
+#include <unordered_map>
+#include <utility>
 
 #include "components/keltransform/Code.h"
 #include "components/keltransform/Conversion.h"
@@ -55,9 +59,9 @@ inline Cell Compute(const Operands& operands, const Operation& operation) noexce
   return ResultOf(operation(left.number, right.number));
 }
 
-// Part of the loop in `Run`: a call for each step would cost as much as the step.
-[[gnu::always_inline]] inline Cell ExecuteStep(const Instruction& step, const Operands& operands,
-                                               const Tables& tables) noexcept {
+}  // namespace
+
+Cell Execute(const Instruction& step, const Operands& operands, const Tables& tables) noexcept {
   switch (step.operation) {
     case OpCode::kCopy:
       return operands[0];
@@ -106,10 +110,109 @@ inline Cell Compute(const Operands& operands, const Operation& operation) noexce
   }
 }
 
+namespace {
+
+// A program's code at work on one frame.
+class Execution {
+ public:
+  Execution(const Instruction* steps, const Operand* operands, const Tables& tables, Cell* slots) noexcept
+      : fSteps(steps), fOperands(operands), fTables(tables), fSlots(slots) {}
+
+  // The operations that documents repeat most have a loop of their own: a call would cost as much as the step.
+  void Run(OpCode operation, std::uint32_t begin, std::uint32_t end) const noexcept {
+    const std::span<const Instruction> steps(fSteps + begin, fSteps + end);
+    switch (operation) {
+      case OpCode::kAdd:
+        return ComputeAll(steps, [](double left, double right) { return left + right; });
+      case OpCode::kSubtract:
+        return ComputeAll(steps, [](double left, double right) { return left - right; });
+      case OpCode::kMultiply:
+        return ComputeAll(steps, [](double left, double right) { return left * right; });
+      case OpCode::kDivide:
+        return ComputeAll(steps, Quotient);
+      case OpCode::kNormContinuous:
+        return NormalizeAll(steps);
+      default:
+        ExecuteAll(steps);
+    }
+  }
+
+ private:
+  void ExecuteAll(std::span<const Instruction> steps) const noexcept {
+    for (const Instruction& step : steps) {
+      SetCell(fSlots[step.result], [&] { return Execute(step, OperandsOf(step), fTables); });
+    }
+  }
+
+  template <typename Operation>
+  void ComputeAll(std::span<const Instruction> steps, const Operation& operation) const noexcept {
+    for (const Instruction& step : steps) {
+      SetCell(fSlots[step.result], [&] { return Compute(OperandsOf(step), operation); });
+    }
+  }
+
+  void NormalizeAll(std::span<const Instruction> steps) const noexcept {
+    for (const Instruction& step : steps) {
+      SetCell(fSlots[step.result], [&] { return fTables.normContinuous.Evaluate(step.data, OperandsOf(step)[0]); });
+    }
+  }
+
+  [[nodiscard]] Operands OperandsOf(const Instruction& step) const noexcept {
+    return {fOperands + step.firstOperand, step.operandCount, fSlots, fTables.constants.data()};
+  }
+
+  const Instruction* fSteps;
+  const Operand* fOperands;
+  const Tables& fTables;
+  Cell* fSlots;
+};
+
+// How many instructions must run one after the other before each of them can.
+std::vector<std::uint32_t> DepthsOf(const std::vector<Instruction>& steps, const std::vector<Operand>& operands) {
+  std::unordered_map<std::uint32_t, std::uint32_t> depthOfSlot;
+  std::vector<std::uint32_t> depths;
+  depths.reserve(steps.size());
+  for (const Instruction& step : steps) {
+    std::uint32_t depth = 0;
+    for (std::size_t index = 0; index < step.operandCount; ++index) {
+      const Operand operand = operands[step.firstOperand + index];
+      if (operand.IsConstant()) continue;
+      const auto writer = depthOfSlot.find(operand.Index());
+      if (writer != depthOfSlot.end()) depth = std::max(depth, writer->second + 1);
+    }
+    depthOfSlot.emplace(step.result, depth);
+    depths.push_back(depth);
+  }
+  return depths;
+}
+
+// Instructions of the same depth need nothing of each other, so those of one operation may follow each other.
+std::vector<Instruction> GroupedByOperation(const std::vector<Instruction>& steps,
+                                            const std::vector<Operand>& operands) {
+  const std::vector<std::uint32_t> depths = DepthsOf(steps, operands);
+  std::vector<std::uint32_t> order(steps.size());
+  std::iota(order.begin(), order.end(), 0U);
+  const auto rankOf = [&](std::uint32_t index) { return std::pair(depths[index], steps[index].operation); };
+  std::stable_sort(order.begin(), order.end(),
+                   [&](std::uint32_t left, std::uint32_t right) { return rankOf(left) < rankOf(right); });
+  std::vector<Instruction> grouped;
+  grouped.reserve(steps.size());
+  for (const std::uint32_t index : order) grouped.push_back(steps[index]);
+  return grouped;
+}
+
 }  // namespace
 
-Cell Execute(const Instruction& step, const Operands& operands, const Tables& tables) noexcept {
-  return ExecuteStep(step, operands, tables);
+Program::Code::Code(std::vector<Instruction> steps, std::vector<Operand> operandsOfSteps,
+                    std::shared_ptr<const Tables> tablesOfSteps)
+    : instructions(GroupedByOperation(steps, operandsOfSteps)),
+      operands(std::move(operandsOfSteps)),
+      tables(std::move(tablesOfSteps)) {
+  for (std::uint32_t index = 0; index < instructions.size(); ++index) {
+    const OpCode operation = instructions[index].operation;
+    if (batches.empty() || batches.back().operation != operation) batches.push_back({operation, index});
+    ++batches.back().end;
+  }
 }
 
 Program::Program() = default;
@@ -119,12 +222,11 @@ Program::~Program() = default;
 
 void Program::Run(Frame frame) const noexcept {
   if (!fCode) return;
-  const Tables& tables = *fCode->tables;
-  const Operand* const operands = fCode->operands.data();
-  Operands own(operands, 0, frame.data(), tables.constants.data());
-  for (const Instruction& step : fCode->instructions) {
-    own.MoveTo(operands + step.firstOperand, step.operandCount);
-    SetCell(frame[step.result], [&] { return ExecuteStep(step, own, tables); });
+  const Execution execution(fCode->instructions.data(), fCode->operands.data(), *fCode->tables, frame.data());
+  std::uint32_t begin = 0;
+  for (const Code::Batch& batch : fCode->batches) {
+    execution.Run(batch.operation, begin, batch.end);
+    begin = batch.end;
   }
 }
 
@@ -133,8 +235,7 @@ bool Program::IsEmpty() const noexcept { return !fCode || fCode->instructions.em
 Program Program::Select(std::vector<bool>& needed) const {
   Program selected;
   if (!fCode) return selected;
-  selected.fCode = std::make_unique<Code>(Code{{}, fCode->operands, fCode->tables});
-  std::vector<Instruction>& kept = selected.fCode->instructions;
+  std::vector<Instruction> kept;
   // Backwards: whoever reads a slot has marked it when we come to the instruction that writes it.
   for (auto step = fCode->instructions.rbegin(); step != fCode->instructions.rend(); ++step) {
     if (!needed[step->result]) continue;
@@ -145,6 +246,7 @@ Program Program::Select(std::vector<bool>& needed) const {
     }
   }
   std::reverse(kept.begin(), kept.end());
+  selected.fCode = std::make_unique<Code>(std::move(kept), fCode->operands, fCode->tables);
   return selected;
 }
 

@@ -18,7 +18,7 @@ class KEL_EXPORT Program {
   Program& operator=(Program&&) noexcept;
   ~Program();
 
-  /// Computes everything, in the order of compilation, which puts what is used before what uses it.
+  /// Computes everything, what is used before what uses it.
   void Run(Frame frame) const noexcept;
   [[nodiscard]] bool IsEmpty() const noexcept;
 

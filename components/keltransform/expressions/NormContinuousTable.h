@@ -39,6 +39,8 @@ class NormContinuousTable {
   }
 
  private:
+  static constexpr std::size_t kFewPoints = 16;  // are counted as fast as they are searched
+
   struct Entry {
     std::size_t firstPoint;
     std::size_t pointCount;
@@ -56,7 +58,12 @@ class NormContinuousTable {
   // is above them, so that the outer segments extrapolate.
   static const NormPoint* FindSegment(const NormPoint* first, std::size_t count, double x) noexcept {
     const NormPoint* const lastSegment = first + count - 2;
-    if (count == 2) return first;
+    if (count <= kFewPoints) {
+      // Without branches, which could only be guessed.
+      const NormPoint* segment = first;
+      for (const NormPoint* point = first + 1; point <= lastSegment; ++point) segment += point->orig < x ? 1 : 0;
+      return segment;
+    }
     const auto isBelow = [](const NormPoint& point, double value) { return point.orig < value; };
     return std::lower_bound(first + 1, lastSegment + 1, x, isBelow) - 1;
   }

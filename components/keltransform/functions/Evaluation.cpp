@@ -158,7 +158,7 @@ Cell Evaluate(const Function& function, const Operands& operands, const TextPool
 
 }  // namespace
 
-Cell WithoutValues(const Operands& operands) noexcept {
+Cell WithoutValues(Operands operands) noexcept {
   const bool isMissing = !IsAny(operands, Cell::kInvalid) && IsAny(operands, Cell::kMissing);
   return isMissing ? Cell::Missing() : Cell::Invalid();
 }

@@ -12,7 +12,8 @@ namespace KelTransformNS {
 }
 
 /// The result for operands that aren't all values: invalid if one of them is, else missing if one of them is.
-[[nodiscard]] Cell WithoutValues(const Operands& operands) noexcept;
+/// The operands come by value, so that they needn't stand in memory where all are values.
+[[nodiscard]] Cell WithoutValues(Operands operands) noexcept;
 
 [[nodiscard]] inline Cell EvaluateUnary(UnaryFunction function, const Cell& cell) noexcept {
   if (cell.state != Cell::kNumber) return cell.IsMissing() ? Cell::Missing() : Cell::Invalid();
