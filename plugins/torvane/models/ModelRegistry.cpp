@@ -1,6 +1,7 @@
 #include "plugins/torvane/models/ModelRegistry.h"
 
 #include "plugins/torvane/models/ClusteringModel.h"
+#include "plugins/torvane/models/GeneralRegressionModel.h"
 #include "plugins/torvane/models/MiningModel.h"
 #include "plugins/torvane/models/NaiveBayesModel.h"
 #include "plugins/torvane/models/NearestNeighborModel.h"
@@ -18,6 +19,7 @@ constexpr MiningFunction kCluster = MiningFunction::kClustering;
 // All model kinds. A new one adds its line here.
 const ModelKind kKinds[] = {
     {"ClusteringModel", ClusteringModel::Build, {kCluster}},
+    {"GeneralRegressionModel", GeneralRegressionModel::Build, {kNumber, kCategory}},
     {"MiningModel", MiningModel::Build, {kNumber, kCategory, kCluster}},
     {"NaiveBayesModel", NaiveBayesModel::Build, {kCategory}},
     {"NearestNeighborModel", NearestNeighborModel::Build, {kNumber, kCategory, kCluster}},

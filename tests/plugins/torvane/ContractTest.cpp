@@ -51,6 +51,19 @@ TEST(Version, FromThreeToFourPointFour_IsAccepted) {
   }
 }
 
+TEST(Version, ThatTheDocumentLacks_IsThatOfItsNamespace) {
+  const auto withRoot = [](const std::string& attributes) {
+    std::string text = OneLeaf().Text();
+    const std::size_t version = text.find("version=");
+    return text.replace(version, text.find('>') - version, attributes);
+  };
+  EXPECT_NE(TryLoad(withRoot(R"(xmlns="http://www.dmg.org/PMML-4_1")")).scorer, nullptr);
+  for (const char* attributes :
+       {"", R"(xmlns="http://example.org/PMML-4_1")", R"(xmlns="http://www.dmg.org/PMML-2_1")"}) {
+    EXPECT_NE(TryLoad(withRoot(attributes)).reason.find("version"), std::string::npos) << attributes;
+  }
+}
+
 TEST(Refusal, OfTheWholeModel_NamesElementAttributeAndLine) {
   Document document = OneLeaf();
   document.attributes = R"(isScorable="false")";
