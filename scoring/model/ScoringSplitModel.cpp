@@ -7,65 +7,39 @@
 
 #include "scoring/common/KelScoringConst.h"
 #include "scoring/common/ValueRecord.h"
+#include "scoring/model/SplitKeyIndex.h"
 
 namespace KelScoring_20 {
 
 using KelCommon_1_3::KelStatus;
-using KelCommon_1_3::Value;
 using KelCommon_1_3::ValueRecord;
 
-namespace {
-
-const Value& At(const SplitKeyLess::Key& key, std::size_t i) { return key[i]; }
-const Value& At(const SplitKeyView& key, std::size_t i) { return key.record.At(key.positions[i]); }
-
-std::size_t Length(const SplitKeyLess::Key& key) { return key.size(); }
-std::size_t Length(const SplitKeyView& key) { return key.positions.size(); }
-
-// Less than, equal to or greater than 0, after the order of values. Numbers are compared in place; NaN, which is no
-// less and no greater, goes the general way.
-int Compare(const Value& left, const Value& right) {
-  if (left.GetType() == Value::kNumber && right.GetType() == Value::kNumber) {
-    const double leftNumber = left.GetReal();
-    const double rightNumber = right.GetReal();
-    if (leftNumber < rightNumber) return -1;
-    if (rightNumber < leftNumber) return 1;
-    if (leftNumber == rightNumber) return 0;
-  }
-  if (left < right) return -1;
-  return right < left ? 1 : 0;
-}
-
-template <typename Left, typename Right>
-bool Less(const Left& left, const Right& right) {
-  const std::size_t common = std::min(Length(left), Length(right));
-  for (std::size_t i = 0; i < common; ++i) {
-    if (const int order = Compare(At(left, i), At(right, i)); order != 0) return order < 0;
-  }
-  return Length(left) < Length(right);
-}
-
-}  // namespace
-
-bool SplitKeyLess::operator()(const Key& left, const Key& right) const { return Less(left, right); }
-bool SplitKeyLess::operator()(const Key& left, const SplitKeyView& right) const { return Less(left, right); }
-bool SplitKeyLess::operator()(const SplitKeyView& left, const Key& right) const { return Less(left, right); }
-
-ScoringSplitModel::ScoringSplitModel() = default;
+ScoringSplitModel::ScoringSplitModel() : fIndex(std::make_unique<SplitKeyIndex>()) {}
 
 ScoringSplitModel::~ScoringSplitModel() {
   for (auto& [key, model] : fModels) delete std::exchange(model, nullptr);
   delete fSplitFieldIndices.load();
 }
 
-bool ScoringSplitModel::AddModel(const Key& key, ScoringModel* model) { return fModels.try_emplace(key, model).second; }
-
-void ScoringSplitModel::SetModel(const ModelMap& models) {
-  if (fModels.empty()) fModels = models;
+bool ScoringSplitModel::AddModel(const Key& key, ScoringModel* model) {
+  const auto [entry, isNew] = fModels.try_emplace(key, model);
+  if (!isNew) return false;
+  try {
+    fIndex->Add(entry->first, model);
+  } catch (...) {
+    fModels.erase(entry);  // the model stays the caller's
+    throw;
+  }
+  return true;
 }
 
-void ScoringSplitModel::SetModel(const std::map<Key, ScoringModel*>& models) {
-  SetModel(ModelMap(models.begin(), models.end()));
+void ScoringSplitModel::SetModel(const ModelMap& models) {
+  if (!fModels.empty()) return;
+  ModelMap taken = models;
+  auto index = std::make_unique<SplitKeyIndex>();
+  for (const auto& [key, model] : taken) index->Add(key, model);
+  fModels.swap(taken);  // which leaves each key where it is
+  fIndex.swap(index);
 }
 
 void ScoringSplitModel::SetSplitFields(std::vector<std::string>& fields) { fSplitFields = fields; }
@@ -76,9 +50,9 @@ KelStatus ScoringSplitModel::Score(ValueRecord& in, ValueRecord& out) {
   if (fModels.empty()) return KelStatus(KelScoringConst::kNothingToScoreWith, false);
   const Positions* positions = SplitPositions(in);
   if (positions == nullptr) return KelStatus(KelScoringConst::kSplitFieldMissing, false);
-  const auto found = fModels.find(SplitKeyView{in, *positions});
-  if (found == fModels.end()) return KelStatus(KelScoringConst::kNothingToScoreWith, false);
-  return found->second->Score(in, out);
+  ScoringModel* const member = fIndex->Find(in, *positions);
+  if (member == nullptr) return KelStatus(KelScoringConst::kNothingToScoreWith, false);
+  return member->Score(in, out);
 }
 
 // Null if a split field is not in `in`, or if `in` is shorter than the record that the positions come from.

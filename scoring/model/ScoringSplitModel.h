@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,21 +13,7 @@
 
 namespace KelScoring_20 {
 
-/// The key values of one record, in place: the record's values at the positions of the split fields.
-struct SplitKeyView {
-  const KelCommon_1_3::ValueRecord& record;
-  const std::vector<std::int32_t>& positions;
-};
-
-/// The order of split keys: value by value; a key that begins another one comes before it. Keys of records are
-/// compared where they stand, without a copy.
-struct KEL_EXPORT SplitKeyLess {
-  using is_transparent = void;
-  using Key = std::vector<KelCommon_1_3::Value>;
-  bool operator()(const Key& left, const Key& right) const;
-  bool operator()(const Key& left, const SplitKeyView& right) const;
-  bool operator()(const SplitKeyView& left, const Key& right) const;
-};
+class SplitKeyIndex;
 
 /// Models of which exactly one scores each record: the values of the split fields, taken together, are its key.
 ///
@@ -38,7 +25,7 @@ struct KEL_EXPORT SplitKeyLess {
 class KEL_EXPORT ScoringSplitModel : public ScoringAbsModel {
  public:
   using Key = std::vector<KelCommon_1_3::Value>;
-  using ModelMap = std::map<Key, ScoringModel*, SplitKeyLess>;
+  using ModelMap = std::map<Key, ScoringModel*>;
 
   ScoringSplitModel();
   ScoringSplitModel(const ScoringSplitModel&) = delete;
@@ -51,7 +38,6 @@ class KEL_EXPORT ScoringSplitModel : public ScoringAbsModel {
   [[nodiscard]] const ModelMap& GetModel() const { return fModels; }
   /// Takes ownership of all models of `models` if there is none yet, else does nothing.
   void SetModel(const ModelMap& models);
-  void SetModel(const std::map<Key, ScoringModel*>& models);
   /// The names of the split fields in key order. Has no effect on positions that were worked out before.
   void SetSplitFields(std::vector<std::string>& fields);
   [[nodiscard]] std::vector<std::string> GetSplitFields() { return fSplitFields; }
@@ -93,6 +79,7 @@ class KEL_EXPORT ScoringSplitModel : public ScoringAbsModel {
   std::vector<std::string> fSplitFields;
   std::atomic<const Positions*> fSplitFieldIndices = nullptr;  // owned; null: not worked out
   ModelMap fModels;
+  std::unique_ptr<SplitKeyIndex> fIndex;  // of fModels
 };
 
 }  // namespace KelScoring_20

@@ -1,3 +1,4 @@
+#include <cmath>
 #include <gtest/gtest.h>
 #include <thread>
 
@@ -75,6 +76,32 @@ TEST_F(ScoringSplitModelTest, Key_ChoosesTheMember) {
   EXPECT_EQ(chosen(Value(1.0), Value::NULL_VALUE), "260009");  // no prefix of a longer key
   EXPECT_EQ(chosen(Value(3.0), Value("a")), "260009");
   EXPECT_EQ(chosen(Value::NULL_VALUE, Value("a")), "260009");
+}
+
+// Values that are equal choose the same member, however they came to be.
+TEST_F(ScoringSplitModelTest, Key_EqualsByValue) {
+  const double nan = std::nan("");
+  const Value text("a text that is too long to lie in the value itself");
+  Value members;
+  members["a"] = 1.0;
+  Value otherMembers;
+  otherMembers["a"] = 2.0;
+  Add({Value(0.0)}, "zero");
+  Add({Value(nan)}, "nan");
+  Add({text}, "text");
+  Add({members}, "members");
+  Add({otherMembers}, "other members");
+  for (int i = 1; i <= 1000; ++i) Add({Value(i)}, std::to_string(i));
+  SplitBy({"n"});
+  const auto chosen = [this](const Value& n) { return Chosen(Record({{"n", n}})); };
+  EXPECT_EQ(chosen(Value(-0.0)), "zero");
+  EXPECT_EQ(chosen(Value(std::copysign(nan, -1.0))), "nan");
+  EXPECT_EQ(chosen(text), "text");
+  EXPECT_EQ(chosen(members), "members");
+  EXPECT_EQ(chosen(otherMembers), "other members");
+  for (int i = 1; i <= 1000; ++i) EXPECT_EQ(chosen(Value(i)), std::to_string(i));
+  EXPECT_EQ(chosen(Value(0.5)), "260009");
+  EXPECT_EQ(chosen(Value::NULL_VALUE), "260009");
 }
 
 TEST_F(ScoringSplitModelTest, NoSplitFields_OnlyTheEmptyKeyScores) {
