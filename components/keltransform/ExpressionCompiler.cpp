@@ -1,5 +1,6 @@
 #include "components/keltransform/ExpressionCompiler.h"
 
+#include <map>
 #include <utility>
 
 #include "components/keltransform/Attributes.h"
@@ -90,6 +91,8 @@ struct ExpressionCompiler::Impl {
 
   const ResolvedField* Find(std::string_view name, std::size_t dictionaries);
   const ResolvedField* FindInput(std::string_view name);
+  CompiledValue FindGroup(std::string_view name, GroupFunction function, const Element& referrer,
+                          std::size_t dictionaries);
   const ResolvedField& Compiled(DeclaredField& field);
   DeclaredField* NextToCompile(Visit& visit, const Path& path);
   void CompileDerivedField(DeclaredField& field);
@@ -100,6 +103,8 @@ struct ExpressionCompiler::Impl {
   DeclaredFields declared;
   FunctionScope functions;
   InputLookup inputLookup;
+  GroupLookup groupLookup;
+  std::map<std::pair<std::string, GroupFunction>, ResolvedField> groups;
   std::unordered_map<std::string, ResolvedField, NameHash, std::equal_to<>> inputs;
 };
 
@@ -113,6 +118,21 @@ const ResolvedField* ExpressionCompiler::Impl::FindInput(std::string_view name) 
   if (known != inputs.end()) return &known->second;
   std::optional<ResolvedField> found = inputLookup(name);
   return found ? &inputs.emplace(name, *std::move(found)).first->second : nullptr;
+}
+
+CompiledValue ExpressionCompiler::Impl::FindGroup(std::string_view name, GroupFunction function,
+                                                  const Element& referrer, std::size_t dictionaries) {
+  if (declared.Find(name, dictionaries) != nullptr) {
+    throw referrer.AttributeError("field", "is a derived field, which has one value only");
+  }
+  const std::pair key(std::string(name), function);
+  auto found = groups.find(key);
+  if (found == groups.end()) {
+    const auto group = groupLookup ? groupLookup(name, function) : std::nullopt;
+    if (!group) throw referrer.AttributeError("field", "there is no such field whose values could be aggregated");
+    found = groups.emplace(key, *group).first;
+  }
+  return {Operand::Slot(found->second.slot), found->second.dataType};
 }
 
 // Depth first over the references, with a path of our own instead of recursion: a document may chain more fields than
@@ -162,7 +182,10 @@ CompiledValue ExpressionCompiler::Impl::Compile(const Element& expression, std::
     if (field == nullptr) throw referrer.AttributeError(FieldAttribute(referrer), "there is no such field");
     return {Operand::Slot(field->slot), field->dataType};
   };
-  ExpressionContext context{code, functions, dictionaries, findField, type};
+  const auto findGroup = [this, dictionaries](std::string_view name, GroupFunction function, const Element& referrer) {
+    return FindGroup(name, function, referrer, dictionaries);
+  };
+  ExpressionContext context{code, functions, dictionaries, findField, findGroup, type};
   const CompiledValue value = CompileAnyExpression(expression, context);
   return type ? code.Converted(value, *type, expression) : value;
 }
@@ -219,6 +242,8 @@ Program ExpressionCompiler::Finish() { return fImpl->code.Finish(); }
 void ExpressionCompiler::SetVersion(std::string_view version) noexcept {
   fImpl->functions.mapsMissingResults = version.starts_with("4.1");
 }
+
+void ExpressionCompiler::SetGroups(GroupLookup groups) { fImpl->groupLookup = std::move(groups); }
 
 void ExpressionCompiler::Withdraw(std::string_view name) { fImpl->declared.Withdraw(name); }
 

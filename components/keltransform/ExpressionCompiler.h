@@ -11,6 +11,7 @@
 #include "components/kelparsexml/ElementTree.h"
 #include "components/keltransform/Cell.h"
 #include "components/keltransform/DataDictionary.h"
+#include "components/keltransform/Group.h"
 #include "components/keltransform/Program.h"
 #include "components/keltransform/SlotCounter.h"
 
@@ -90,6 +91,12 @@ class KEL_EXPORT ExpressionCompiler {
   /// The "version" of the document, before anything is compiled: versions 4.1 and 4.2 give one attribute of "Apply"
   /// different meanings. Without it the later one holds.
   void SetVersion(std::string_view version) noexcept;
+
+  /// Gives the slot of an input field's values, joined by a function, with the type of the values; nothing if the model
+  /// can't see such a field. Called once for each name and function, for "Aggregate" expressions, which are refused as
+  /// long as there is no such lookup. See `JoinGroup`.
+  using GroupLookup = std::function<std::optional<ResolvedField>(std::string_view name, GroupFunction function)>;
+  void SetGroups(GroupLookup groups);
 
   /// Takes the derived field `name` out of the last declared dictionary, so that the name is looked up further out: for
   /// a field that the record holds already. It must not have been resolved yet.

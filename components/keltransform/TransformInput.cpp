@@ -30,8 +30,19 @@ bool MissingMarks::Contain(const Value& value, const Cell& cell, const TextPool&
   return Holds(fTexts, ReadCell(value, DataType::kString, pool).textId);
 }
 
-TransformInput::TransformInput(const FieldDeclaration& field, std::uint32_t slot, TextPool& pool)
-    : fKey(field.name), fSlot(slot), fType(field.dataType), fMarks(field, pool) {}
+TransformInput::TransformInput(const FieldDeclaration& field, std::uint32_t slot, TextPool& pool,
+                               std::optional<GroupFunction> function)
+    : fKey(field.name),
+      fSlot(slot),
+      fType(field.dataType),
+      fMarks(field, pool),
+      fFunction(function),
+      fIsPlain(fMarks.IsEmpty() && !fFunction) {}
+
+Cell TransformInput::ReadOther(const Value& value, const TextPool& pool) const noexcept {
+  if (!fFunction) return ReadMarked(value, pool);
+  return JoinGroup(value, *fFunction, [&](const Value& member) { return ReadMarked(member, pool); });
+}
 
 Cell TransformInput::ReadMarked(const Value& value, const TextPool& pool) const noexcept {
   const Cell cell = ReadCell(value, fType, pool);

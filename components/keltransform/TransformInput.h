@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "components/keltransform/Cell.h"
 #include "components/keltransform/DataDictionary.h"
+#include "components/keltransform/Group.h"
 #include "scoring/common/ValueRecord.h"
 
 namespace KelTransformNS {
@@ -31,22 +33,27 @@ class MissingMarks {
 /// be converted to the field's type is invalid.
 class TransformInput {
  public:
-  TransformInput(const FieldDeclaration& field, std::uint32_t slot, TextPool& pool);
+  /// With a function, the field's values are joined by it.
+  TransformInput(const FieldDeclaration& field, std::uint32_t slot, TextPool& pool,
+                 std::optional<GroupFunction> function = std::nullopt);
 
   [[nodiscard]] const KelCommon_1_3::FieldKey& Key() const noexcept { return fKey; }
   [[nodiscard]] std::uint32_t Slot() const noexcept { return fSlot; }
   [[nodiscard]] DataType Type() const noexcept { return fType; }
   [[nodiscard]] Cell Read(const KelCommon_1_3::Value& value, const TextPool& pool) const noexcept {
-    return fMarks.IsEmpty() ? ReadCell(value, fType, pool) : ReadMarked(value, pool);
+    return fIsPlain ? ReadCell(value, fType, pool) : ReadOther(value, pool);
   }
 
  private:
+  [[nodiscard]] Cell ReadOther(const KelCommon_1_3::Value& value, const TextPool& pool) const noexcept;
   [[nodiscard]] Cell ReadMarked(const KelCommon_1_3::Value& value, const TextPool& pool) const noexcept;
 
   KelCommon_1_3::FieldKey fKey;
   std::uint32_t fSlot;
   DataType fType;
   MissingMarks fMarks;
+  std::optional<GroupFunction> fFunction;
+  bool fIsPlain;  // without marks and function
 };
 
 }  // namespace KelTransformNS

@@ -19,6 +19,7 @@ class StageBuilder {
         fStage(std::make_unique<TransformStage>()),
         fCompiler(pool, [this](std::string_view name) { return FindInput(name); }) {
     fCompiler.SetVersion(version);
+    fCompiler.SetGroups([this](std::string_view name, GroupFunction function) { return FindGroup(name, function); });
     fStage->data = DataDictionary(dataDictionary);
     const std::uint32_t usedSlots = earlier.empty() ? 0 : earlier.back()->slotCount;
     while (fCompiler.SlotCount() < usedSlots) (void)fCompiler.NewSlot();
@@ -56,6 +57,15 @@ class StageBuilder {
     fStage->inputs.emplace_back(*declaration, field.slot, fPool);
     fStage->fields.emplace(field.name, field);
     return field;
+  }
+
+  // The values of a data field, joined where the record is read.
+  std::optional<ResolvedField> FindGroup(std::string_view name, GroupFunction function) {
+    const FieldDeclaration* const declaration = FindDeclaration(name);
+    if (declaration == nullptr) return std::nullopt;
+    const std::uint32_t slot = fCompiler.NewSlot();
+    fStage->inputs.emplace_back(*declaration, slot, fPool, function);
+    return ResolvedField{declaration->name, declaration->dataType, declaration->opType, slot};
   }
 
   [[nodiscard]] const ResolvedField* FindEarlierField(std::string_view name) const {

@@ -177,7 +177,8 @@ class CallCompiler {
   void CompileInto(Call& receiver, const Element& element, Call* within, std::optional<DataType> wanted) {
     if (within != nullptr) Charge(element);
     if (element.Is("Apply")) return Enter(element, within, wanted);
-    ExpressionContext context{fCode, fContext.functions, fContext.dictionaries, FieldsOf(within), wanted};
+    ExpressionContext context{fCode, fContext.functions, fContext.dictionaries, FieldsOf(within), GroupsOf(within),
+                              wanted};
     const bool isOpen = element.Is("Constant") && !wanted && !ReadDataType(element);
     Deliver({element, CompileAnyExpression(element, context), isOpen}, receiver);
   }
@@ -189,6 +190,13 @@ class CallCompiler {
       if (parameter != within->declared->parameterByName.end()) return within->arguments[parameter->second].value;
       throw referrer.AttributeError(FieldAttribute(referrer),
                                     "is no parameter of the function " + Quoted(within->declared->name));
+    };
+  }
+
+  ExpressionContext::GroupLookup GroupsOf(const Call* within) {
+    if (within == nullptr) return fContext.findGroup;
+    return [](std::string_view, GroupFunction, const Element& referrer) -> CompiledValue {
+      throw referrer.AttributeError("field", "is a parameter, which has one value only");
     };
   }
 

@@ -28,7 +28,7 @@ constexpr std::array<ExpressionKind, 10> kExpressionKinds = {{
     {"Discretize", CompileDiscretize},
     {"MapValues", CompileMapValues},
     {"Apply", CompileApply},
-    {"Aggregate", RefuseExpression},
+    {"Aggregate", CompileAggregate},
     {"TextIndex", CompileTextIndex},
     {"Lag", RefuseExpression},
 }};

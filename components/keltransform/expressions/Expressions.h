@@ -8,6 +8,7 @@
 #include "components/kelparsexml/ElementTree.h"
 #include "components/keltransform/CodeBuilder.h"
 #include "components/keltransform/DeclaredFunctions.h"
+#include "components/keltransform/Group.h"
 
 namespace KelTransformNS {
 
@@ -26,10 +27,15 @@ struct ExpressionContext {
   /// Gives the field of a name as the expression sees it; throws an error about `referrer` if there is none.
   using FieldLookup = std::function<CompiledValue(std::string_view name, const KelXML_1_3::Element& referrer)>;
 
+  /// Gives a field's values, joined by a function: the slot of the result, and the type of the values.
+  using GroupLookup =
+      std::function<CompiledValue(std::string_view name, GroupFunction function, const KelXML_1_3::Element& referrer)>;
+
   CodeBuilder& code;
   FunctionScope& functions;
   std::size_t dictionaries;  ///< the expression sees the functions of so many
   FieldLookup findField;
+  GroupLookup findGroup;
   /// The type that the result will be converted to, if that is known: literals without a type of their own are of it.
   std::optional<DataType> wantedType;
 };
@@ -50,6 +56,7 @@ struct ExpressionContext {
 [[nodiscard]] CompiledValue CompileNormDiscrete(const KelXML_1_3::Element& element, ExpressionContext& context);
 [[nodiscard]] CompiledValue CompileDiscretize(const KelXML_1_3::Element& element, ExpressionContext& context);
 [[nodiscard]] CompiledValue CompileMapValues(const KelXML_1_3::Element& element, ExpressionContext& context);
+[[nodiscard]] CompiledValue CompileAggregate(const KelXML_1_3::Element& element, ExpressionContext& context);
 [[nodiscard]] CompiledValue CompileApply(const KelXML_1_3::Element& element, ExpressionContext& context);
 [[nodiscard]] CompiledValue CompileTextIndex(const KelXML_1_3::Element& element, ExpressionContext& context);
 

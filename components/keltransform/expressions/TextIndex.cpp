@@ -109,7 +109,8 @@ CompiledValue CompileTextIndex(const Element& element, ExpressionContext& contex
   const CompiledValue field = context.findField(element.Required("textField"), element);
   const CompiledValue text = context.code.Converted(field, DataType::kString, element);
   const TermWeights weights = ReadEnum(element, "localTermWeights", kWeights, TermWeights::kTermFrequency);
-  ExpressionContext ofTerm{context.code, context.functions, context.dictionaries, context.findField, DataType::kString};
+  ExpressionContext ofTerm{context.code,      context.functions, context.dictionaries,
+                           context.findField, context.findGroup, DataType::kString};
   const std::string term = RequiredTerm(element, ofTerm);
   TextIndexTable& table = context.code.Data().textIndex;
   TermCounter& counter = table.CounterOf(element);

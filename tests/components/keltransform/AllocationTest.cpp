@@ -35,6 +35,7 @@ std::string EveryKind() {
          Derived(
              "middle", "double",
              R"(<Apply function="median"><FieldRef field="x"/><FieldRef field="y"/><FieldRef field="i"/></Apply>)") +
+         Derived("total", "double", R"(<Aggregate field="f" function="sum"/>)") +
          Derived("terms", "double", R"(<TextIndex textField="s" localTermWeights="augmentedNormalizedTermFrequency"
              maxLevenshteinDistance="1"><TextIndexNormalization><InlineTable><row><string>that</string><stem>which</stem>
              </row><row><string>kno[a-z]*</string><stem>knew</stem><regex>true</regex></row></InlineTable>
@@ -69,6 +70,8 @@ TEST(AllocationTest, Transform_InTheSteadyState_AllocatesNothing) {
       << KelDiagnostics::Last();
   ValueRecord record = RecordOf({{"x", 0}, {"s", Value()}, {"i", 1}, {"day", "2004-08-20"}, {"y", 1}});
   ASSERT_TRUE(transformation.GetDerivedVariableInfo(record, false).IsOK());
+  record.Add("f", Value::NULL_VALUE);
+  for (const char* const member : {"one", "two", "three"}) record["f"][member] = 0.5;
   const std::string category = "a";
   const std::string unknown = "a category that the document doesn't know";
   const auto scoreRows = [&] {
