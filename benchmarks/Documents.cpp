@@ -113,6 +113,26 @@ std::string LinearRegression(int terms) {
          "</RegressionTable>\n</RegressionModel>\n</PMML>\n";
 }
 
+std::string GeneralRegression(int terms) {
+  std::string parameters = "<Parameter name=\"p\"/>\n";
+  std::string covariates;
+  std::string products;
+  std::string coefficients = "<PCell parameterName=\"p\" beta=\"1\"/>\n";
+  for (int i = 0; i < terms; ++i) {
+    const std::string field = FieldName(i);
+    const std::string parameter = "parameterName=\"p" + field + "\"";
+    parameters += "<Parameter name=\"p" + field + "\"/>\n";
+    covariates += "<Predictor name=\"" + field + "\"/>\n";
+    products += "<PPCell value=\"1\" predictorName=\"" + field + "\" " + parameter + "/>\n";
+    coefficients += "<PCell " + parameter + " beta=\"" + Text(Coefficient(i)) + "\"/>\n";
+  }
+  return Head(terms, kNumberTarget) +
+         "<GeneralRegressionModel functionName=\"regression\" modelType=\"generalLinear\">\n" + MiningSchema(terms) +
+         "<ParameterList>\n" + parameters + "</ParameterList>\n<CovariateList>\n" + covariates +
+         "</CovariateList>\n<PPMatrix>\n" + products + "</PPMatrix>\n<ParamMatrix>\n" + coefficients +
+         "</ParamMatrix>\n</GeneralRegressionModel>\n</PMML>\n";
+}
+
 std::string MultinomialRegression(int terms) {
   std::string text = Head(terms, kCategoryTarget) +
                      "<RegressionModel functionName=\"classification\" normalizationMethod=\"softmax\">\n" +
@@ -173,8 +193,8 @@ std::string PlugIn(const std::string& baseName) { return std::string(KEL_LIBRARY
 
 KelXML_1_3::KelSettings Settings(const std::string& plugIn) {
   KelXML_1_3::KelSettings kinds;
-  for (const char* kind : {"ClusteringModel", "MiningModel", "NaiveBayesModel", "NearestNeighborModel",
-                           "RegressionModel", "RuleSetModel", "TreeModel"}) {
+  for (const char* kind : {"ClusteringModel", "GeneralRegressionModel", "MiningModel", "NaiveBayesModel",
+                           "NearestNeighborModel", "RegressionModel", "RuleSetModel", "TreeModel"}) {
     kinds.AddSetting(kind, "", true);
   }
   KelXML_1_3::KelSettings plugIns;

@@ -16,6 +16,8 @@ double Coefficient(int index, int table = 0);
 
 /// y = 1 + sum of Coefficient(i) * xi.
 std::string LinearRegression(int terms);
+/// The same sum as a general linear model.
+std::string GeneralRegression(int terms);
 /// Softmax over three categories "low", "middle" and "high" with Coefficient(i, table).
 std::string MultinomialRegression(int terms);
 /// A binary regression tree of 20 nodes on 4 inputs, the same as `HandWritten::Tree20`.
