@@ -34,17 +34,20 @@ bool HasTreatment(const MiningField& field) {
 
 }  // namespace
 
-InputField::InputField(std::string name, FieldTreatment treatment, std::uint32_t slot)
+InputField::InputField(std::string name, FieldTreatment treatment, std::uint32_t slot,
+                       std::optional<GroupFunction> function)
     : fKey(std::move(name)),
       fTreatment(std::move(treatment)),
       fSlot(slot),
-      fTakesDoubles(fTreatment.Type() == DataType::kDouble && fTreatment.PassesNumbers()) {}
+      fFunction(function),
+      fTakesDoubles(!fFunction && fTreatment.Type() == DataType::kDouble && fTreatment.PassesNumbers()) {}
 
 FieldScope::FieldScope(const Document& document, const Element& model)
     : fDocument(document),
       fSchema(ReadMiningSchema(model.RequiredChild("MiningSchema"))),
       fCompiler(document.pool, fOwnSlots, [this](std::string_view name) { return FindInput(name); }) {
   fCompiler.SetVersion(fDocument.root.Attribute("version").value_or(""));
+  fCompiler.SetGroups([this](std::string_view name, auto function) { return FindGroup(name, function); });
   DeclareDerivedFields(model);
   CheckSchema();
 }
@@ -56,6 +59,7 @@ FieldScope::FieldScope(FieldScope& outer, const Element& model)
       fSeesAll(!model.Child("MiningSchema")),
       fCompiler(fDocument.pool, outer.Slots(), [this](std::string_view name) { return FindInEnsemble(name); }) {
   fCompiler.SetVersion(fDocument.root.Attribute("version").value_or(""));
+  fCompiler.SetGroups([this](std::string_view name, auto function) { return FindGroup(name, function); });
   DeclareSegmentFields(model);
   // A missing value of such a field makes the result invalid even if nothing refers to the field.
   for (const MiningField& field : fSchema.fields) {
@@ -120,6 +124,10 @@ void FieldScope::AddDerivedInRecord(const std::vector<std::string>& names, const
     return ResolvedField{field->name, field->dataType, field->opType, compiler->NewSlot()};
   };
   compiler.emplace(fDocument.pool, findInput);
+  compiler->SetGroups([&](std::string_view name, auto) {
+    fInputNames.emplace(name);  // what the library has joined is no value of its own
+    return findInput(name);
+  });
   compiler->DeclareDerivedFields(dictionary);
   for (Element field = dictionary.Child("DerivedField"); field; field = field.Next("DerivedField")) {
     const std::string_view name = field.Required("name");
@@ -232,6 +240,24 @@ ResolvedField FieldScope::AddInput(const MiningField& field) {
   fInputNames.insert(field.name);
   fInputsBySlot.emplace(slot, &declaration);
   return {field.name, declaration.dataType, field.opType.value_or(declaration.opType), slot};
+}
+
+// The values of a field, joined where the record is read. A composite value is none to be read as it stands, so that it
+// must not make the record invalid where nothing else refers to the field.
+std::optional<ResolvedField> FieldScope::FindGroup(std::string_view name, KelTransformNS::GroupFunction function) {
+  const MiningField* const field = fSchema.Find(name);
+  if (fOuter != nullptr) {
+    const bool isOfEnsemble = field == nullptr ? fSeesAll : !TreatsAgain(*field);
+    return isOfEnsemble ? fOuter->FindGroup(name, function) : std::nullopt;
+  }
+  if (field == nullptr || !IsDataField(name)) return std::nullopt;
+  const auto [group, isNew] = fGroups.try_emplace({field->name, function});
+  if (!isNew) return group->second;
+  const FieldDeclaration& declaration = *fDocument.dictionary.Find(name);
+  group->second = {field->name, declaration.dataType, declaration.opType, fCompiler.NewSlot()};
+  fInputs.emplace_back(field->name, FieldTreatment(declaration, *field, fDocument.pool), group->second.slot, function);
+  fInputNames.insert(field->name);
+  return group->second;
 }
 
 std::optional<ResolvedField> FieldScope::AddDerivedInput(std::string_view name) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -33,12 +34,17 @@ struct Document {
 /// A field of the record that a model reads, and the slot that its cell is put into.
 class InputField {
  public:
-  InputField(std::string name, FieldTreatment treatment, std::uint32_t slot);
+  using GroupFunction = KelTransformNS::GroupFunction;
+
+  /// With a function, the values that a record holds for the field are joined by it, each treated before.
+  InputField(std::string name, FieldTreatment treatment, std::uint32_t slot,
+             std::optional<GroupFunction> function = std::nullopt);
 
   /// The cell of a record's value. An invalid one means that the model must give no result.
   [[nodiscard]] KelTransformNS::Cell Read(const KelCommon_1_3::Value& value,
                                           const KelTransformNS::TextPool& pool) const noexcept {
-    return fTreatment.Treat(value, pool);
+    const auto treat = [&](const KelCommon_1_3::Value& one) { return fTreatment.Treat(one, pool); };
+    return fFunction ? KelTransformNS::JoinGroup(value, *fFunction, treat) : treat(value);
   }
   /// Whether a number passes as it is, so that it needn't be read by `Read`. The marks of a missing number are none.
   [[nodiscard]] bool TakesDoubles() const noexcept { return fTakesDoubles; }
@@ -54,6 +60,7 @@ class InputField {
   KelCommon_1_3::FieldKey fKey;
   FieldTreatment fTreatment;
   std::uint32_t fSlot;
+  std::optional<GroupFunction> fFunction;
   bool fTakesDoubles;
 };
 
@@ -137,6 +144,7 @@ class FieldScope {
   Field ResolveNew(std::string_view name, const Element& referrer);
   std::optional<KelTransformNS::ResolvedField> FindInput(std::string_view name);
   std::optional<KelTransformNS::ResolvedField> FindInEnsemble(std::string_view name);
+  std::optional<KelTransformNS::ResolvedField> FindGroup(std::string_view name, KelTransformNS::GroupFunction function);
   std::optional<KelTransformNS::ResolvedField> FindForSegment(std::string_view name, bool isListed);
   KelTransformNS::ResolvedField AddSegmentInput(const MiningField& field, KelTransformNS::ResolvedField outer);
   [[nodiscard]] bool TreatsAgain(const MiningField& field) const;
@@ -160,7 +168,8 @@ class FieldScope {
   NameMap<KelTransformNS::ResolvedField> fOutputs;
   NameMap<Field> fResolved;
   std::vector<InputField> fInputs;
-  std::set<std::string, std::less<>> fInputNames;
+  std::set<std::string, std::less<>> fInputNames;  // of fields that need no other input
+  std::map<std::pair<std::string, KelTransformNS::GroupFunction>, KelTransformNS::ResolvedField> fGroups;
   std::unordered_map<std::uint32_t, const KelTransformNS::FieldDeclaration*> fInputsBySlot;
   std::vector<SegmentInput> fSegmentInputs;
   std::vector<std::uint32_t> fDerivedSlots;

@@ -212,6 +212,30 @@ TEST(DerivedField, ListedWithATreatment_IsRefused) {
   }
 }
 
+// Each value of the group is treated, and the group itself is no invalid value of its field.
+TEST(DerivedField, OfAGroup_JoinsTreatedValues) {
+  const auto group = [](const Value& second) {
+    Value values;
+    values["a"] = 1.0;
+    values["b"] = second;
+    return values;
+  };
+  Document document = Identity("d");
+  const std::string field = R"(<DerivedField name="d" optype="continuous" dataType="double">
+      <Aggregate field="x" function="sum"/></DerivedField>)";
+  document.transformations = "<TransformationDictionary>" + field + "</TransformationDictionary>";
+  EXPECT_EQ(Load(document).Predict({{"x", group(2.5)}}).GetReal(), 3.5);
+  EXPECT_EQ(Load(document).Predict({{"x", 2.5}}).GetReal(), 2.5);
+  EXPECT_TRUE(Load(document).Predict({{"x", group("bad")}}).IsNull());
+  EXPECT_TRUE(Load(document).Predict({}).IsNull());
+  EXPECT_EQ(Load(document, true).Predict({{"x", group(2.5)}, {"d", 3.5}}).GetReal(), 3.5);
+  document.schema = Document::AllFields(R"(missingValueReplacement="2")");
+  EXPECT_EQ(Load(document).Predict({{"x", group(kNull)}}).GetReal(), 3.0);
+  document.transformations = "";
+  document.body = "<LocalTransformations>" + field + "</LocalTransformations>" + document.body;
+  EXPECT_EQ(Load(document).Predict({{"x", group(7.0)}}).GetReal(), 8.0);
+}
+
 TEST(DerivedField, OfAForeignExtension_IsComputed) {
   const Scorer scorer =
       Load(Derived(R"(<Extension extender="someone" name="DerivedFields"><MiningField name="d"/></Extension>)"));
