@@ -15,6 +15,14 @@ MiningFunction ReadFunction(const Element& model, const ModelKind& kind) {
   return function;
 }
 
+// What is predicted of one target of several.
+MiningFunction FunctionOf(const FieldScope& scope, const MiningField& field) {
+  const KelTransformNS::FieldDeclaration* const declaration = scope.GetDocument().dictionary.Find(field.name);
+  const KelTransformNS::OpType opType =
+      field.opType.value_or(declaration == nullptr ? KelTransformNS::OpType::kContinuous : declaration->opType);
+  return opType == KelTransformNS::OpType::kContinuous ? MiningFunction::kRegression : MiningFunction::kClassification;
+}
+
 // Models inside models are built and evaluated by recursion, for which a thread's stack must have room.
 constexpr int kDeepest = 100;
 
@@ -38,11 +46,25 @@ void CheckHasCategories(const Element& model, const Target& target) {
 
 }  // namespace
 
-std::unique_ptr<CompiledModel> CompiledModel::BuildIn(FieldScope& scope, const Element& model, const ModelKind& kind) {
+// A kind that predicts several targets does so for each in its own way, whatever function the model is said to have.
+std::vector<CompiledModel::TargetChoice> CompiledModel::ChooseTargets(const FieldScope& scope, const Element& model,
+                                                                      const ModelKind& kind) {
+  std::vector<TargetChoice> targets;
+  for (const MiningField& field : scope.Schema().fields) {
+    const bool isChoice = kind.buildFurther != nullptr && field.usage == FieldUsage::kTarget;
+    if (isChoice) targets.push_back({field.name, FunctionOf(scope, field)});
+  }
+  if (!targets.empty() && model.Attribute("functionName") == "mixed") return targets;
+  const MiningFunction function = ReadFunction(model, kind);
+  if (targets.size() > 1 && function != MiningFunction::kClustering) return targets;
+  return {{model.Attribute("targetFieldName").value_or(std::string_view()), function}};
+}
+
+std::unique_ptr<CompiledModel> CompiledModel::BuildIn(FieldScope& scope, const Element& model, const ModelKind& kind,
+                                                      const TargetChoice& choice) {
   CheckIsScorable(model);
   std::unique_ptr<CompiledModel> compiled(new CompiledModel);
-  compiled->fTarget = std::make_unique<Target>(scope, model, ReadFunction(model, kind),
-                                               model.Attribute("targetFieldName").value_or(std::string_view()));
+  compiled->fTarget = std::make_unique<Target>(scope, model, choice.function, choice.field);
   compiled->fBody = kind.build(model, scope, *compiled->fTarget);
   CheckHasCategories(model, *compiled->fTarget);
   compiled->fDerivedSlots = scope.TakeDerivedSlots();
@@ -55,8 +77,15 @@ std::unique_ptr<const CompiledModel> CompiledModel::Build(const Element& model, 
   const ModelKind* const kind = FindKind(model.Name());
   if (kind == nullptr) throw model.Error("is not supported");
   FieldScope scope(document, model);
-  std::unique_ptr<CompiledModel> compiled = BuildIn(scope, model, *kind);
-  compiled->fOutputs = std::make_unique<OutputTable>(scope, *compiled->fTarget, *compiled->fBody, model);
+  const std::vector<TargetChoice> targets = ChooseTargets(scope, model, *kind);
+  std::unique_ptr<CompiledModel> compiled = BuildIn(scope, model, *kind, targets[0]);
+  std::vector<const OutputTable*> furtherOutputs;
+  for (std::size_t i = 1; i < targets.size(); ++i) {
+    compiled->AddFurther(scope, model, *kind, targets[i]);
+    furtherOutputs.push_back(compiled->fFurther.back()->fOutputs.get());
+  }
+  compiled->fOutputs =
+      std::make_unique<OutputTable>(scope, *compiled->fTarget, *compiled->fBody, model, furtherOutputs);
   compiled->fInputs = scope.TakeInputs();
   compiled->fNeedsPreparation = !compiled->fDerived.IsEmpty();
   compiled->fSlotCount = scope.Slots().Count();
@@ -69,7 +98,9 @@ std::unique_ptr<const CompiledModel> CompiledModel::BuildMember(const Element& m
   if (kind == nullptr) throw model.Error("is not supported");
   CheckDepth(model, ensemble);
   FieldScope scope(ensemble, model);
-  std::unique_ptr<CompiledModel> compiled = BuildIn(scope, model, *kind);
+  const std::vector<TargetChoice> targets = ChooseTargets(scope, model, *kind);
+  if (targets.size() > 1) throw model.Error("has several targets, of which an ensemble can't use one");
+  std::unique_ptr<CompiledModel> compiled = BuildIn(scope, model, *kind, targets[0]);
   if (OutputTable::IsNeededBy(model, scope, outputs)) {
     compiled->fOutputs = std::make_unique<OutputTable>(scope, *compiled->fTarget, *compiled->fBody, model, outputs);
   }
@@ -77,6 +108,19 @@ std::unique_ptr<const CompiledModel> CompiledModel::BuildMember(const Element& m
   compiled->fNeedsPreparation =
       !compiled->fSegmentInputs.empty() || !compiled->fDerived.IsEmpty() || !compiled->fDerivedSlots.empty();
   return compiled;
+}
+
+void CompiledModel::AddFurther(FieldScope& scope, const Element& model, const ModelKind& kind,
+                               const TargetChoice& choice) {
+  std::unique_ptr<CompiledModel> further(new CompiledModel);
+  further->fTarget = std::make_unique<Target>(scope, model, choice.function, choice.field);
+  further->fBody = kind.buildFurther(*fBody, model, *further->fTarget);
+  CheckHasCategories(model, *further->fTarget);
+  further->CountNumbers();
+  further->fOutputs =
+      std::make_unique<OutputTable>(scope, *further->fTarget, *further->fBody, model, OfFurtherTarget());
+  fNumberCount += further->fNumberCount;
+  fFurther.push_back(std::move(further));
 }
 
 // The ranking comes last: its entries have the alignment of a number.
@@ -108,6 +152,19 @@ void CompiledModel::Evaluate(KelTransformNS::Frame frame, Prediction& prediction
   }
   fBody->Evaluate(frame, prediction);
   fTarget->Finish(prediction);
+  if (!fFurther.empty()) EvaluateFurther(frame, prediction);
+}
+
+// The arrays of the further targets' predictions follow those of the first one.
+void CompiledModel::EvaluateFurther(KelTransformNS::Frame frame, const Prediction& prediction) const {
+  double* numbers = reinterpret_cast<double*>(prediction.ranking + fBody->RankingCapacity());
+  for (const auto& further : fFurther) {
+    Prediction other = further->MakePrediction(numbers);
+    further->fOutputs->SetWants(other);
+    further->Evaluate(frame, other);
+    further->fOutputs->RunExpressions(frame, other);
+    numbers += further->fNumberCount;
+  }
 }
 
 void CompiledModel::EvaluateMember(KelTransformNS::Frame frame, Prediction& prediction) const {

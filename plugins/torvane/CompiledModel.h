@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "components/keltransform/Program.h"
@@ -15,7 +16,8 @@
 namespace Torvane {
 
 /// A model element, compiled: its inputs, derived fields, mathematics, targets and outputs over the slots of one frame,
-/// which the models of an ensemble share. Immutable: any number of threads score with one. The text pool outlives it.
+/// which the models of an ensemble share. Where it has several targets, each further one is a compiled model of its
+/// own, whose outputs this one shows. Immutable: any number of threads score with one. The text pool outlives it.
 class CompiledModel {
  public:
   /// Throws `PmmlError` for what is malformed, contradictory or not supported. Nothing of the element tree is kept.
@@ -50,9 +52,19 @@ class CompiledModel {
 
  private:
   CompiledModel() = default;
-  static std::unique_ptr<CompiledModel> BuildIn(FieldScope& scope, const Element& model, const ModelKind& kind);
+  // A target and what is predicted of it.
+  struct TargetChoice {
+    std::string_view field;  // empty: the only one that there may be
+    MiningFunction function;
+  };
+
+  static std::vector<TargetChoice> ChooseTargets(const FieldScope& scope, const Element& model, const ModelKind& kind);
+  static std::unique_ptr<CompiledModel> BuildIn(FieldScope& scope, const Element& model, const ModelKind& kind,
+                                                const TargetChoice& choice);
+  void AddFurther(FieldScope& scope, const Element& model, const ModelKind& kind, const TargetChoice& choice);
   void CountNumbers() noexcept;
   bool Prepare(KelTransformNS::Frame frame) const noexcept;
+  void EvaluateFurther(KelTransformNS::Frame frame, const Prediction& prediction) const;
 
   std::vector<InputField> fInputs;           // of the model that is scored
   std::vector<SegmentInput> fSegmentInputs;  // of a member of an ensemble
@@ -61,7 +73,8 @@ class CompiledModel {
   std::vector<std::uint32_t> fDerivedSlots;  // of the fields whose cells can be invalid
   std::unique_ptr<Target> fTarget;
   std::unique_ptr<ModelBody> fBody;
-  std::unique_ptr<OutputTable> fOutputs;  // null for a member that has none
+  std::unique_ptr<OutputTable> fOutputs;                       // null for a member that has none
+  std::vector<std::unique_ptr<const CompiledModel>> fFurther;  // without inputs and derived fields
   std::uint32_t fSlotCount = 0;
   std::uint32_t fCategoryCount = 0;
   std::size_t fNumberCount = 0;

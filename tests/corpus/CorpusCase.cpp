@@ -149,6 +149,8 @@ ValueRecord& InputRecord::Fill(const std::vector<std::string>& row) {
 }
 
 ExpectedColumn FindColumn(const std::string& column, const CorpusCase& corpusCase, const ValueRecord& offered) {
+  // Of several targets the first one is the prediction, the others stand under their own names.
+  if (corpusCase.targetFields.size() > 1 && offered.Contains(column)) return {column, ""};
   for (const std::string& target : corpusCase.targetFields) {
     if (column == target) return {Const::kOutputPrediction, ""};
   }

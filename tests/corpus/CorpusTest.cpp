@@ -26,7 +26,6 @@ struct Refusal {
   const char* reason;
 };
 constexpr Refusal kRefusals[] = {
-    {"NearestNeighborModel/dmg-knn_two_targets", "functionName=\"mixed\""},
     {"MiningModel/knime-ModelEnsembleIris-4.2", "NeuralNetwork"},
 };
 

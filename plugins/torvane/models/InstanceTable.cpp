@@ -28,6 +28,17 @@ std::optional<std::size_t> InstanceTable::FindColumn(std::string_view field) con
   return found->second;
 }
 
+std::size_t InstanceTable::RequiredColumn(const Element& referrer, std::string_view field) const {
+  const std::optional<std::size_t> column = FindColumn(field);
+  if (!column) throw referrer.Error("needs a column of field " + Quoted(field) + " in the training instances");
+  return *column;
+}
+
+std::string_view InstanceTable::RequiredText(std::size_t column, std::string_view field) const {
+  if (!fTexts[column]) throw fRow.Error("has no value of " + Quoted(field));
+  return *fTexts[column];
+}
+
 // Columns that no field is said to stand in have no influence.
 bool InstanceTable::ReadRow() {
   fRow = fNextRow;

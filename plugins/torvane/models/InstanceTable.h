@@ -27,11 +27,15 @@ class InstanceTable {
   [[nodiscard]] bool IsTransformed() const noexcept { return fIsTransformed; }
   /// The column of a field; nothing if the instances don't have the field.
   [[nodiscard]] std::optional<std::size_t> FindColumn(std::string_view field) const;
+  /// The same for a field that `referrer` needs.
+  [[nodiscard]] std::size_t RequiredColumn(const Element& referrer, std::string_view field) const;
   /// False behind the last row. Throws for two values in one column.
   bool ReadRow();
   [[nodiscard]] const Element& Row() const noexcept { return fRow; }
   /// The current row's text in a column; nothing if it has none there, or an empty one.
   [[nodiscard]] std::optional<std::string_view> Text(std::size_t column) const noexcept { return fTexts[column]; }
+  /// The same for a column, that of `field`, which needs a text in each row.
+  [[nodiscard]] std::string_view RequiredText(std::size_t column, std::string_view field) const;
 
  private:
   using Names = std::unordered_map<std::string, std::size_t, KelCommon_1_3::NameHash, std::equal_to<>>;

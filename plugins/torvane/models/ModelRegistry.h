@@ -15,11 +15,15 @@ namespace Torvane {
 /// to `target`. Throws `PmmlError`.
 using BuildBody = std::unique_ptr<ModelBody> (*)(const Element& model, FieldScope& scope, Target& target);
 
+/// The same of another target of the same element, once the first one's body is built, with which it may share data.
+using BuildFurtherBody = std::unique_ptr<ModelBody> (*)(const ModelBody& first, const Element& model, Target& target);
+
 /// A kind of model.
 struct ModelKind {
   std::string_view elementName;
   BuildBody build;
   std::initializer_list<MiningFunction> functions;  ///< those that it may have
+  BuildFurtherBody buildFurther = nullptr;          ///< null: a model of the kind has one target
 
   [[nodiscard]] bool Serves(MiningFunction function) const noexcept {
     return std::find(functions.begin(), functions.end(), function) != functions.end();

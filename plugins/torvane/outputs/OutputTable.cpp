@@ -91,8 +91,9 @@ Element FindExpression(const Element& outputField) {
 
 }  // namespace
 
-OutputTable::OutputTable(FieldScope& scope, const Target& target, const ModelBody& body, const Element& model)
-    : fPool(scope.Pool()), fTarget(target), fBody(body) {
+OutputTable::OutputTable(FieldScope& scope, const Target& target, const ModelBody& body, const Element& model,
+                         const std::vector<const OutputTable*>& further)
+    : fPool(scope.Pool()), fTarget(target), fBody(body), fFurther(further) {
   AddVocabulary(scope.Pool());
   const Element output = model.Child("Output");
   for (Element field = output.Child("OutputField"); field; field = field.Next("OutputField")) {
@@ -100,6 +101,19 @@ OutputTable::OutputTable(FieldScope& scope, const Target& target, const ModelBod
   }
   ReadOutputFields(scope, output, "OutputField");
   AddSegmentOutputs(scope);
+  for (const OutputTable* table : further) ShowOf(*table, table->fTarget.Name());
+  Finish(scope);
+}
+
+OutputTable::OutputTable(FieldScope& scope, const Target& target, const ModelBody& body, const Element& model,
+                         OfFurtherTarget)
+    : fPool(scope.Pool()), fTarget(target), fBody(body), fHasExpressions(true) {
+  AddOutput(scope.Pool(), PredictedFeature(), target.Name().c_str());
+  AddToScope(scope, fOutputs.back());
+  const Element output = model.Child("Output");
+  for (Element field = output.Child("OutputField"); field; field = field.Next("OutputField")) {
+    if (field.Attribute("targetField") == target.Name()) ReadOutputField(scope, field);
+  }
   Finish(scope);
 }
 
@@ -189,9 +203,34 @@ void OutputTable::AddOutput(TextPool& pool, Feature feature, const char* name) {
 }
 
 void OutputTable::ReadOutputField(FieldScope& scope, const Element& element) {
+  if (const OutputTable* further = FindFurther(element)) {
+    const std::string name(element.Required("name"));
+    if (!ShowOf(*further, name)) throw element.AttributeError("name", "stands there twice");
+    return;
+  }
   Output output = element.Attribute("segmentId") ? ReadFromSegment(scope, element) : ReadOutput(scope, element);
   AddToScope(scope, output);
   Place(std::move(output), element);
+}
+
+// The table of the further target that an output field names.
+const OutputTable* OutputTable::FindFurther(const Element& element) const {
+  const auto name = element.Attribute("targetField");
+  const auto found = std::find_if(fFurther.begin(), fFurther.end(),
+                                  [&](const OutputTable* table) { return name == table->fTarget.Name(); });
+  return found == fFurther.end() ? nullptr : *found;
+}
+
+// A further target has left its output in the frame. False if the name is taken.
+bool OutputTable::ShowOf(const OutputTable& further, const std::string& name) {
+  const Output& shown = further.fOutputs[further.fByName.find(name)->second];
+  if (!fByName.emplace(name, fOutputs.size()).second) return false;
+  Output& output = fOutputs.emplace_back(name);
+  output.isDeclared = true;
+  output.feature = Feature::kExpression;
+  output.type = shown.type;
+  output.slot = shown.slot;
+  return true;
 }
 
 // The segment has left its answer in the frame. Of a segment that isn't there it is missing.

@@ -33,10 +33,15 @@ struct Output {
   std::uint32_t slot = Prediction::kNone;  ///< where expressions find it, or where an expression leaves it
 };
 
+/// Marks the outputs of a target after the first one.
+struct OfFurtherTarget {};
+
 /// All outputs of a model: those of the vocabulary that the model can give, then the document's "OutputField"s, then
 /// those of the segments of an ensemble whose names are free. Immutable once made.
 ///
-/// The table of a member of an ensemble has no vocabulary. Its outputs become fields of the ensemble.
+/// The table of a member of an ensemble has no vocabulary. Its outputs become fields of the ensemble. The same holds
+/// for the table of a further target: it has the target's prediction under the name of the target, and the
+/// "OutputField"s that name the target, and the model's own table shows them all.
 ///
 /// Where a field of the document has the name of the vocabulary, the field serves, but for "prediction" and
 /// "probability", which the library reads itself.
@@ -44,7 +49,11 @@ class OutputTable {
  public:
   /// Reads the "Output" of `model`. Its expressions are compiled with the scope's compiler. Throws `PmmlError` for a
   /// feature that the model kind doesn't have.
-  OutputTable(FieldScope& scope, const Target& target, const ModelBody& body, const Element& model);
+  /// `further` are the tables of its further targets, made before.
+  OutputTable(FieldScope& scope, const Target& target, const ModelBody& body, const Element& model,
+              const std::vector<const OutputTable*>& further);
+  /// Of a further target.
+  OutputTable(FieldScope& scope, const Target& target, const ModelBody& body, const Element& model, OfFurtherTarget);
   /// Of a member: `asked` are output fields of the ensemble that ask for its results.
   OutputTable(FieldScope& scope, const Target& target, const ModelBody& body, const Element& model,
               const std::vector<Element>& asked);
@@ -89,6 +98,8 @@ class OutputTable {
   void AddOutput(KelTransformNS::TextPool& pool, Feature feature, const char* name);
   void ReadOutputField(FieldScope& scope, const Element& element);
   Output ReadOutput(FieldScope& scope, const Element& element);
+  [[nodiscard]] const OutputTable* FindFurther(const Element& element) const;
+  bool ShowOf(const OutputTable& further, const std::string& name);
   [[nodiscard]] Output ReadFromSegment(const FieldScope& scope, const Element& element) const;
   void ReadFeature(const FieldScope& scope, const Element& element, Output& output);
   void ReadExpression(FieldScope& scope, const Element& element, Output& output);
@@ -128,8 +139,9 @@ class OutputTable {
   std::vector<Output> fOutputs;
   std::vector<Output> fHidden;  // fields of the document whose names the vocabulary keeps; expressions still see them
   NameMap<std::size_t> fByName;
-  std::vector<Export> fExports;  // of a member of an ensemble
-  bool fHasExpressions = false;  // the outputs have slots
+  std::vector<const OutputTable*> fFurther;  // of further targets
+  std::vector<Export> fExports;              // of a member of an ensemble
+  bool fHasExpressions = false;              // the outputs have slots
   bool fHasDistributions = false;
   bool fHasRankings = false;
   std::uint32_t fTargetSlot = Prediction::kNone;  // of the true target value, for residuals

@@ -256,6 +256,64 @@ TEST(Instances, WithGaps_AreComparedInTheFieldsThatTheyHave) {
   EXPECT_EQ(Number(withoutF, "prediction"), 2.5);
 }
 
+// --- Several targets ---
+
+// Instances at x = 0, 1, 2 with t = 10, 20, 40 and y = yes, no, no.
+Document Mixed(const std::string& outputs, const std::string& function = "mixed") {
+  const char* const targets[] = {"yes</target><t>10</t><target2>", "no</target><t>20</t><target2>",
+                                 "no</target><t>40</t><target2>"};
+  std::string rows;
+  for (int i = 0; i < 3; ++i) {
+    rows += "<row><ID>0</ID><x>" + std::to_string(i) + "</x><target>" + targets[i] + "</target2></row>";
+  }
+  std::string instances = Instances(rows, "y");
+  instances.insert(instances.find("</InstanceFields>"), R"(<InstanceField field="t"/>)");
+  Document document{.kind = "NearestNeighborModel",
+                    .function = function,
+                    .attributes = R"(numberOfNeighbors="2" categoricalScoringMethod="weightedMajorityVote")",
+                    .body = "<Output>" + outputs + "</Output>" + instances + Measure("euclidean") +
+                            Inputs(R"(<KNNInput field="x"/>)")};
+  document.schema += R"(<MiningField name="t" usageType="target"/>)";
+  return document;
+}
+
+TEST(SeveralTargets, EachIsPredictedFromTheSameNeighbours) {
+  const Scorer scorer = Load(Mixed(R"(<OutputField name="number" targetField="t" feature="predictedValue"/>
+      <OutputField name="answer" targetField="y"/><OutputField name="share" targetField="y" feature="probability"/>
+      <OutputField name="shown" targetField="y" feature="predictedDisplayValue"/>
+      <OutputField name="missed" targetField="y" feature="residual" value="no"/>
+      <OutputField name="second" targetField="y" feature="entityId" rank="2"/>
+      <OutputField name="twice" dataType="double"><Apply function="*"><FieldRef field="number"/><FieldRef field="share"/>
+      </Apply></OutputField>)"));
+  const auto out = scorer.Score({{"x", 1.0 / 3}, {"y", "yes"}});
+  EXPECT_DOUBLE_EQ(Number(out, "prediction"), 15.0);
+  EXPECT_DOUBLE_EQ(Number(out, "number"), 15.0);
+  EXPECT_EQ(Shown(out, "y"), "yes");
+  EXPECT_EQ(Shown(out, "answer"), "yes");
+  const double near = 1 / (1.0 / 3 + 0.001);
+  const double far = 1 / (2.0 / 3 + 0.001);
+  EXPECT_NEAR(Number(out, "share"), near / (near + far), 1e-12);
+  EXPECT_NEAR(Number(out, "missed"), -far / (near + far), 1e-12);
+  EXPECT_NEAR(Number(out, "twice"), 15.0 * near / (near + far), 1e-12);
+  EXPECT_EQ(Shown(out, "shown"), "yes");
+  EXPECT_EQ(Shown(out, "second"), "2");
+  EXPECT_EQ(Shown(out, "knn-caseid"), "1");
+}
+
+TEST(SeveralTargets, WithoutAResult_AreAllNull) {
+  const Scorer scorer = Load(Mixed(R"(<OutputField name="answer" targetField="y"/>)"));
+  for (const Value& x : {Value::NULL_VALUE, Value("abc")}) {
+    const auto out = scorer.Score({{"x", x}});
+    EXPECT_EQ(Shown(out, "prediction"), "null");
+    EXPECT_EQ(Shown(out, "y"), "null");
+    EXPECT_EQ(Shown(out, "answer"), "null");
+  }
+}
+
+TEST(SeveralTargets, OneOfAMixedModel_IsPredictedAsItsFieldIs) {
+  EXPECT_EQ(Load(Line("mixed", {"yes", "no"}, R"(numberOfNeighbors="1")")).Predict({{"x", 2.0}}).GetString(), "no");
+}
+
 // --- Refusals ---
 
 struct RefusalCase {
@@ -294,6 +352,11 @@ INSTANTIATE_TEST_SUITE_P(
                     Line("regression", {"1"}, R"(numberOfNeighbors="1" continuousScoringMethod="weightedAverage")",
                          "similarity"),
                     "need a distance"},
+        RefusalCase{"output_of_another_target", Mixed(R"(<OutputField name="o" targetField="x"/>)"),
+                    "isn't the target of the model"},
+        RefusalCase{"output_twice",
+                    Mixed(R"(<OutputField name="o"/><OutputField name="o" targetField="y" feature="probability"/>)"),
+                    "stands there twice"},
         RefusalCase{"id", Line("regression", {"1"}, R"(numberOfNeighbors="1" instanceIdVariable="case")"),
                     "needs a column of field 'case'"},
         RefusalCase{"no_id", Line("clustering", {"", ""}, R"(numberOfNeighbors="1" instanceIdVariable="f")"),
