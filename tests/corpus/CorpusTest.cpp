@@ -16,9 +16,9 @@ using KelCommon_1_3::Value;
 using KelCommon_1_3::ValueRecord;
 
 // Kinds of model that the default plug-in scores.
-constexpr const char* kServedKinds[] = {
-    "ClusteringModel", "NearestNeighborModel", "GeneralRegressionModel", "MiningModel",
-    "NaiveBayesModel", "RegressionModel",      "RuleSetModel",           "TreeModel"};
+constexpr const char* kServedKinds[] = {"ClusteringModel", "NearestNeighborModel", "GeneralRegressionModel",
+                                        "MiningModel",     "NaiveBayesModel",      "NeuralNetwork",
+                                        "RegressionModel", "RuleSetModel",         "TreeModel"};
 
 // Cases of the served kinds that are refused all the same, with a part of the reason.
 struct Refusal {
@@ -26,7 +26,7 @@ struct Refusal {
   const char* reason;
 };
 constexpr Refusal kRefusals[] = {
-    {"MiningModel/knime-ModelEnsembleIris-4.2", "NeuralNetwork"},
+    {"MiningModel/knime-ModelEnsembleIris-4.2", "SupportVectorMachineModel"},
 };
 
 // What the reason of a refusal must name; null if the case must be scored.

@@ -5,6 +5,7 @@
 #include "plugins/torvane/models/MiningModel.h"
 #include "plugins/torvane/models/NaiveBayesModel.h"
 #include "plugins/torvane/models/NearestNeighborModel.h"
+#include "plugins/torvane/models/NeuralNetwork.h"
 #include "plugins/torvane/models/RegressionModel.h"
 #include "plugins/torvane/models/RuleSetModel.h"
 #include "plugins/torvane/models/TreeModel.h"
@@ -26,6 +27,7 @@ const ModelKind kKinds[] = {
      NearestNeighborModel::Build,
      {kNumber, kCategory, kCluster},
      NearestNeighborModel::BuildFurther},
+    {"NeuralNetwork", NeuralNetwork::Build, {kNumber, kCategory}},
     {"RegressionModel", RegressionModel::Build, {kNumber, kCategory}},
     {"RuleSetModel", RuleSetModel::Build, {kNumber, kCategory}},
     {"TreeModel", TreeModel::Build, {kNumber, kCategory}},

@@ -1,0 +1,30 @@
+#include "plugins/torvane/models/Parts.h"
+
+#include <string>
+
+namespace Torvane {
+
+Element OnlyChild(const Element& element, std::string_view name) {
+  const Element child = element.RequiredChild(name);
+  if (const Element second = child.Next(name)) throw second.Error("is a second one");
+  return child;
+}
+
+void CheckCount(const Element& element, std::string_view attribute, std::size_t count) {
+  const std::optional<int> told = element.Integer(attribute);
+  if (!told || (*told >= 0 && static_cast<std::size_t>(*told) == count)) return;
+  throw element.AttributeError(attribute, "isn't what is there: " + std::to_string(count));
+}
+
+Element OnlyExpression(const Element& derivedField) {
+  Element expression;
+  for (Element child = derivedField.FirstChild(); child; child = child.NextSibling()) {
+    if (child.Is("Value") || IsIgnorable(child)) continue;
+    if (expression) throw child.Error("is a second expression");
+    expression = child;
+  }
+  if (!expression) throw derivedField.Error("has no expression");
+  return expression;
+}
+
+}  // namespace Torvane
