@@ -193,8 +193,9 @@ std::string PlugIn(const std::string& baseName) { return std::string(KEL_LIBRARY
 
 KelXML_1_3::KelSettings Settings(const std::string& plugIn) {
   KelXML_1_3::KelSettings kinds;
-  for (const char* kind : {"ClusteringModel", "GeneralRegressionModel", "MiningModel", "NaiveBayesModel",
-                           "NearestNeighborModel", "RegressionModel", "RuleSetModel", "TreeModel"}) {
+  for (const char* kind :
+       {"ClusteringModel", "GeneralRegressionModel", "MiningModel", "NaiveBayesModel", "NearestNeighborModel",
+        "NeuralNetwork", "RegressionModel", "RuleSetModel", "SupportVectorMachineModel", "TreeModel"}) {
     kinds.AddSetting(kind, "", true);
   }
   KelXML_1_3::KelSettings plugIns;

@@ -143,7 +143,7 @@ void NeuralLibrary(benchmark::State& state) {
     const std::vector<double>& shares = expected.Score(row);
     const auto winner = std::max_element(shares.begin(), shares.end());
     if (!model->Score(in, out).IsOK() || !Close(out.At(1).GetReal(), *winner) ||
-        out.At(0).GetString() != "c" + std::to_string(winner - shares.begin())) {
+        out.At(0).GetString() != std::string(1, 'c').append(std::to_string(winner - shares.begin()))) {
       WrongAnswer("neural network");
     }
   }

@@ -1,6 +1,8 @@
 #include "components/kelparsexml/PmmlArray.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 #include "components/kelparsexml/Lexical.h"
 #include "components/kelparsexml/Utf8.h"
@@ -72,6 +74,71 @@ void RequireArray(const Element& array) {
   if (!array) throw PmmlError("an <Array> is missing");
 }
 
+// The numbers in an element's text; none of no element.
+std::vector<double> ReadNumbers(const Element& list) {
+  std::vector<double> numbers;
+  ArrayText text(list.Text());
+  for (std::string_view value; text.Take(value);) {
+    const std::optional<double> number = ParsePmmlNumber(value);
+    if (!number) {
+      throw list.Error("value " + std::to_string(numbers.size() + 1) + ", \"" + std::string(CutUtf8(value, 100)) +
+                       "\", is not a number");
+    }
+    numbers.push_back(*number);
+  }
+  return numbers;
+}
+
+// --- Sparse arrays ---
+
+struct Lists {
+  Element indices;
+  Element values;
+};
+
+// Both lists may be absent.
+Lists FindLists(const Element& array, std::string_view valuesName) {
+  Lists lists;
+  for (Element child = array.FirstChild(); child; child = child.NextSibling()) {
+    if (child.Is("Extension") || child.Name().starts_with("X-")) continue;
+    if (!child.Is("Indices") && !child.Is(valuesName)) throw child.Error("is not supported in a sparse array");
+    Element& list = child.Is("Indices") ? lists.indices : lists.values;
+    if (list) throw child.Error("is a second one in its sparse array");
+    list = child;
+  }
+  return lists;
+}
+
+std::optional<std::uint32_t> ReadLength(const Element& array) {
+  const std::optional<int> length = array.Integer("n");
+  if (length && *length < 0) throw array.AttributeError("n", "is negative");
+  return length ? std::optional(static_cast<std::uint32_t>(*length)) : std::nullopt;
+}
+
+void RequireIntegers(const Element& array, double defaultValue, const std::vector<double>& numbers) {
+  const auto isFraction = [](double number) { return number != std::trunc(number); };
+  if (isFraction(defaultValue) || std::any_of(numbers.begin(), numbers.end(), isFraction)) {
+    throw array.Error("it holds a value that is no integer");
+  }
+}
+
+std::uint32_t PlaceOf(const Element& indices, double index, std::optional<std::uint32_t> length) {
+  constexpr std::uint32_t kLargest = std::numeric_limits<std::int32_t>::max();
+  if (index >= 1.0 && index <= length.value_or(kLargest) && index == std::trunc(index)) {
+    return static_cast<std::uint32_t>(index) - 1;
+  }
+  throw indices.Error("an index is no integer from 1 to " + std::to_string(length.value_or(kLargest)));
+}
+
+void Sort(std::vector<SparseArray::Entry>& entries, const Element& indices) {
+  using Entry = SparseArray::Entry;
+  const auto isBefore = [](const Entry& a, const Entry& b) { return a.place < b.place; };
+  if (!std::is_sorted(entries.begin(), entries.end(), isBefore)) std::sort(entries.begin(), entries.end(), isBefore);
+  const auto twice = std::adjacent_find(entries.begin(), entries.end(),
+                                        [](const Entry& a, const Entry& b) { return a.place == b.place; });
+  if (twice != entries.end()) throw indices.Error("index " + std::to_string(twice->place + 1) + " stands there twice");
+}
+
 }  // namespace
 
 std::vector<std::string> ReadStringArray(const Element& array, ArrayCount count) {
@@ -85,18 +152,30 @@ std::vector<std::string> ReadStringArray(const Element& array, ArrayCount count)
 
 std::vector<double> ReadNumberArray(const Element& array) {
   RequireArray(array);
-  std::vector<double> numbers;
-  ArrayText text(array.Text());
-  for (std::string_view value; text.Take(value);) {
-    const std::optional<double> number = ParsePmmlNumber(value);
-    if (!number) {
-      throw array.Error("value " + std::to_string(numbers.size() + 1) + ", \"" + std::string(CutUtf8(value, 100)) +
-                        "\", is not a number");
-    }
-    numbers.push_back(*number);
-  }
+  const std::vector<double> numbers = ReadNumbers(array);
   CheckCount(array, numbers.size());
   return numbers;
+}
+
+SparseArray ReadSparseArray(const Element& array) {
+  RequireArray(array);
+  const bool isOfIntegers = array.Is("INT-SparseArray");
+  SparseArray sparse;
+  sparse.defaultValue = array.Number("defaultValue", 0.0);
+  sparse.length = ReadLength(array);
+  const auto [indices, values] = FindLists(array, isOfIntegers ? "INT-Entries" : "REAL-Entries");
+  const std::vector<double> places = ReadNumbers(indices);
+  const std::vector<double> numbers = ReadNumbers(values);
+  if (places.size() != numbers.size()) {
+    throw array.Error("it has " + std::to_string(places.size()) + " indices for " + std::to_string(numbers.size()) +
+                      " values");
+  }
+  if (isOfIntegers) RequireIntegers(array, sparse.defaultValue, numbers);
+  for (std::size_t i = 0; i < places.size(); ++i) {
+    sparse.entries.push_back({PlaceOf(indices, places[i], sparse.length), numbers[i]});
+  }
+  Sort(sparse.entries, indices);
+  return sparse;
 }
 
 }  // namespace KelXML_1_3

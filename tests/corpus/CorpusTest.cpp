@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <vector>
 
 #include "scoring/common/KelScoringConst.h"
 #include "scoring/common/KelVarList.h"
@@ -18,16 +19,15 @@ using KelCommon_1_3::ValueRecord;
 // Kinds of model that the default plug-in scores.
 constexpr const char* kServedKinds[] = {"ClusteringModel", "NearestNeighborModel", "GeneralRegressionModel",
                                         "MiningModel",     "NaiveBayesModel",      "NeuralNetwork",
-                                        "RegressionModel", "RuleSetModel",         "TreeModel"};
+                                        "RegressionModel", "RuleSetModel",         "SupportVectorMachineModel",
+                                        "TreeModel"};
 
 // Cases of the served kinds that are refused all the same, with a part of the reason.
 struct Refusal {
   const char* name;
   const char* reason;
 };
-constexpr Refusal kRefusals[] = {
-    {"MiningModel/knime-ModelEnsembleIris-4.2", "SupportVectorMachineModel"},
-};
+const std::vector<Refusal> kRefusals = {};
 
 // What the reason of a refusal must name; null if the case must be scored.
 const char* ExpectedRefusal(const CorpusCase& corpusCase) {

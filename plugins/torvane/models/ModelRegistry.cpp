@@ -8,6 +8,7 @@
 #include "plugins/torvane/models/NeuralNetwork.h"
 #include "plugins/torvane/models/RegressionModel.h"
 #include "plugins/torvane/models/RuleSetModel.h"
+#include "plugins/torvane/models/SupportVectorModel.h"
 #include "plugins/torvane/models/TreeModel.h"
 
 namespace Torvane {
@@ -30,6 +31,7 @@ const ModelKind kKinds[] = {
     {"NeuralNetwork", NeuralNetwork::Build, {kNumber, kCategory}},
     {"RegressionModel", RegressionModel::Build, {kNumber, kCategory}},
     {"RuleSetModel", RuleSetModel::Build, {kNumber, kCategory}},
+    {"SupportVectorMachineModel", SupportVectorModel::Build, {kNumber, kCategory}},
     {"TreeModel", TreeModel::Build, {kNumber, kCategory}},
 };
 
