@@ -1,7 +1,6 @@
 #include "plugins/torvane/models/Combination.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace Torvane {
 namespace {
@@ -78,7 +77,6 @@ double Median(double* values, std::size_t count) noexcept {
 
 double WeightedMedian(double* values, double* weights, std::size_t count) noexcept {
   count = KeepWeighted(values, weights, count);
-  if (count == 0) return std::numeric_limits<double>::quiet_NaN();
   SortTogether(values, weights, count);
   double total = 0.0;
   for (std::size_t i = 0; i < count; ++i) total += weights[i];

@@ -13,7 +13,7 @@ namespace Torvane {
 /// The middle value, the mean of the two middle ones of an even count. Reorders the values.
 [[nodiscard]] double Median(double* values, std::size_t count) noexcept;
 /// The smallest value at which the values up to it have half of all weight; where they have exactly half, the mean of
-/// it and the next. Values of weight 0 don't count; NaN if no others are there. Reorders both arrays.
+/// it and the next. Values of weight 0 don't count; there is another one. Reorders both arrays.
 [[nodiscard]] double WeightedMedian(double* values, double* weights, std::size_t count) noexcept;
 /// The rows of a matrix with `columnCount` columns whose values in `column` are the lower and the upper median; both
 /// are the same of an odd count. `scratch` has a place for each row.

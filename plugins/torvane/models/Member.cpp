@@ -8,7 +8,7 @@ void Member::MapCategories(const Element& element, Target& target) {
   const std::vector<Category>& own = model->GetTarget().Categories();
   bool isSame = true;
   for (std::uint32_t i = 0; i < own.size(); ++i) {
-    categories.push_back(target.AddCategory(element, "the category", own[i].text));
+    categories.push_back(target.AddCategoryOf(element, own[i]));
     isSame = isSame && categories.back() == i;
   }
   if (isSame) categories.clear();

@@ -182,6 +182,7 @@ void MiningModel::CombineNumbers(Frame frame, Prediction& prediction) const {
     weights[count++] = weight;
   };
   if (!RunAll(frame, false, prediction, tally, take) || count == 0) return;
+  if (fMethod != Method::kSum && tally.results == 0.0) return;  // none has any weight
   prediction.outcome = Outcome::kValue;
   switch (fMethod) {
     case Method::kMedian:

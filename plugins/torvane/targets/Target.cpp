@@ -138,6 +138,13 @@ std::uint32_t Target::AddCategory(const Element& element, std::string_view what,
   return AddCategory(cell);
 }
 
+std::uint32_t Target::AddCategoryOf(const Element& element, const Category& category) {
+  const std::size_t count = fCategories.size();
+  const std::uint32_t index = AddCategory(element, "the category", category.text);
+  if (index == count) fCategories[index].displayValue = category.displayValue;
+  return index;
+}
+
 void Target::AddCluster(const Element& element, std::string_view id, std::string_view displayName) {
   const std::size_t count = fCategories.size();
   const std::uint32_t cluster = AddCategory(Cell::Text(fPool, fPool.Intern(id)));

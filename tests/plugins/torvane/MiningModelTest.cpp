@@ -128,6 +128,16 @@ TEST(WeightedMedian, ValuesWithoutWeight_DontCount) {
   }
 }
 
+TEST(MiningModel, ModelsWithoutAnyWeight_LeaveTheResultToTheTargets) {
+  const std::string targets = R"(<Targets><Target field="t"><TargetValue defaultValue="7"/></Target></Targets>)";
+  const std::pair<const char*, double> rows[] = {
+      {"weightedAverage", 7.0}, {"weightedMedian", 7.0}, {"weightedSum", 0.0}};
+  for (const auto& [method, expected] : rows) {
+    const std::string body = Segmentation(method, Segment(Linear("3", "x"), "weight=\"0\""));
+    EXPECT_EQ(Load(Ensemble("regression", targets + body)).Predict({{"x", 1.0}}).GetReal(), expected) << method;
+  }
+}
+
 TEST(MiningModel, SinglePrecision_RoundsEachSum) {
   const std::string body =
       Segmentation("sum", Segment(Linear("16777216")) + Segment(Linear("1")) + Segment(Linear("1")));
@@ -207,6 +217,23 @@ TEST(MiningModel, CategoriesOfModels_FindThoseOfTheEnsemble) {
     EXPECT_EQ(Probability(out, "other"), 0.25) << method;
     EXPECT_EQ(Probability(out, "maybe"), 0.75) << method;
     EXPECT_EQ(Probability(out, "no"), 0.0) << method;
+  }
+}
+
+TEST(MiningModel, Clusterings_VoteByTheirIdentifiers) {
+  const auto member = [](const char* low, const char* high) {
+    return std::string(R"(<ClusteringModel functionName="clustering" modelClass="centerBased" numberOfClusters="2">)") +
+           Fields({"x"}) + R"(<ComparisonMeasure kind="distance"><squaredEuclidean/></ComparisonMeasure>
+<ClusteringField field="x"/><Cluster id="low" name="Low one"><Array n="1" type="real">)" +
+           low + R"(</Array></Cluster><Cluster id="high" name="High one"><Array n="1" type="real">)" + high +
+           "</Array></Cluster></ClusteringModel>";
+  };
+  const std::string output = R"(<Output><OutputField name="shown" feature="predictedDisplayValue"/></Output>)";
+  const std::string segments = Segment(member("10", "0")) + Segment(member("4", "0")) + Segment(member("2", "5"));
+  for (const auto& [method, expected] : {std::pair("majorityVote", "low"), std::pair("selectFirst", "high")}) {
+    const ValueRecord out = Load(Ensemble("clustering", output + Segmentation(method, segments))).Score({{"x", 3.0}});
+    EXPECT_EQ(Shown(out, "prediction"), expected);
+    EXPECT_EQ(Shown(out, "shown"), expected[0] == 'l' ? "Low one" : "High one");
   }
 }
 
