@@ -17,7 +17,7 @@ void ClusteringModel::Evaluate(KelTransformNS::Frame frame, Prediction& predicti
     if (cluster == 0 || fMeasure.IsBetter(affinity, best.affinity)) best = {cluster, affinity};
     if (prediction.wantsRanking) prediction.ranking[cluster] = {cluster, affinity};
   });
-  if (!isDefined) {
+  if (!isDefined || std::isinf(best.affinity)) {  // if even the best is infinite, none is better than another
     prediction.outcome = Outcome::kInvalid;
     return;
   }

@@ -23,6 +23,7 @@ std::unique_ptr<ClusteringModel> ClusteringReader::Read() {
   static constexpr Word<bool> kModelClasses[] = {{"centerBased", true}, {"distributionBased", false}};
   RefuseUnknownModelChildren(
       fElement, {"ComparisonMeasure", "ClusteringField", "CenterFields", "MissingValueWeights", "Cluster"});
+  RefuseSecond(fElement, {"ComparisonMeasure", "CenterFields", "MissingValueWeights"});
   if (fElement.Child("Targets")) throw fElement.Child("Targets").Error("has no meaning for a clustering");
   fHasCenters = ReadRequiredWord(fElement, "modelClass", kModelClasses);
   ReadClusteringFields();
@@ -43,7 +44,9 @@ void ClusteringReader::ReadClusteringFields() {
   }
   for (Element child = fElement.Child("ClusteringField"); child; child = child.Next("ClusteringField")) {
     RefuseUnknownChildren(child, {"Comparisons"});
-    fSettings.emplace(child.Required("field"), child);
+    if (!fSettings.emplace(child.Required("field"), child).second) {
+      throw child.AttributeError("field", "is compared already");
+    }
     fIsCenterField.push_back(child.Boolean("isCenterField", true));
     if (!centerFields) ReadClusteringField(child);
   }

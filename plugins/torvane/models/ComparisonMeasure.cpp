@@ -78,7 +78,7 @@ void ComparisonMeasure::CompareBlock(const double* record, std::uint32_t first, 
           record, rows, -std::numeric_limits<double>::infinity(),
           [](double most, double weight, double c) {
             const double weighted = weight * c;
-            return weighted <= most ? most : weighted;  // NaN stays
+            return weighted <= most || std::isnan(most) ? most : weighted;  // NaN stays
           },
           block);
       break;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "plugins/torvane/models/Prediction.h"
 
@@ -10,6 +11,7 @@ namespace Torvane {
 void Share(double* figures, std::size_t count) noexcept {
   double sum = 0.0;
   for (std::size_t i = 0; i < count; ++i) sum += figures[i];
+  if (sum == 0.0) sum = std::numeric_limits<double>::quiet_NaN();
   for (std::size_t i = 0; i < count; ++i) figures[i] /= sum;
 }
 

@@ -7,7 +7,7 @@ namespace Torvane {
 
 /// What kinds of models do with the figures of their categories, in place.
 
-/// p_j = y_j / sum of y_i.
+/// p_j = y_j / sum of y_i; NaN throughout if that is 0, as nothing has a share then.
 void Share(double* figures, std::size_t count) noexcept;
 /// p_j = exp(y_j) / sum of exp(y_i). No exponential overflows.
 void Softmax(double* figures, std::size_t count) noexcept;

@@ -65,6 +65,8 @@ GeneralRegressionReader::GeneralRegressionReader(const Element& model, FieldScop
 std::unique_ptr<GeneralRegressionModel> GeneralRegressionReader::Read() {
   RefuseUnknownModelChildren(fElement, {"ParameterList", "FactorList", "CovariateList", "PPMatrix", "PCovMatrix",
                                         "ParamMatrix", "EventValues", "BaseCumHazardTables"});
+  RefuseSecond(fElement,
+               {"ParameterList", "FactorList", "CovariateList", "PPMatrix", "ParamMatrix", "BaseCumHazardTables"});
   ReadModelType();
   ReadLinks();
   ReadOffset();

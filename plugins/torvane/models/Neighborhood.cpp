@@ -26,6 +26,10 @@ void Neighborhood::Find(const KelTransformNS::Cell* frame, Prediction& predictio
     prediction.outcome = isDefined ? Outcome::kMissing : Outcome::kInvalid;
     return;
   }
+  if (std::isinf(nearest[0].affinity)) {  // the worst: which of the infinite ones are the nearest isn't known
+    prediction.outcome = Outcome::kInvalid;
+    return;
+  }
   std::sort_heap(nearest, nearest + count, isBetter);
   prediction.rankingCount = count;
   prediction.entity = nearest[0].entity;

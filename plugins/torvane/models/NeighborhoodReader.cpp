@@ -25,6 +25,7 @@ NeighborhoodReader::NeighborhoodReader(const Element& model, FieldScope& scope)
 
 std::shared_ptr<const Neighborhood> NeighborhoodReader::Read() {
   RefuseUnknownModelChildren(fElement, {"TrainingInstances", "ComparisonMeasure", "KNNInputs"});
+  RefuseSecond(fElement, {"ComparisonMeasure"});
   ReadCount();
   ReadInputs();
   ReadInstances();
@@ -44,9 +45,11 @@ void NeighborhoodReader::ReadCount() {
 void NeighborhoodReader::ReadInputs() {
   const Element inputs = OnlyChild(fElement, "KNNInputs");
   RefuseUnknownChildren(inputs, {"KNNInput"});
+  NameMap<bool> known;
   for (Element child = inputs.RequiredChild("KNNInput"); child; child = child.Next("KNNInput")) {
     RefuseUnknownChildren(child, {});
     const std::string_view name = child.Required("field");
+    if (!known.emplace(name, true).second) throw child.AttributeError("field", "is compared already");
     const Field& field = fScope.Resolve(name, child);
     fComparison.AddField(child, name, field);
     fInputs.push_back({name, child, field.dataType});

@@ -282,6 +282,8 @@ void OutputTable::ReadFeature(const FieldScope& scope, const Element& element, O
   if (output.feature == Feature::kProbability && fTarget.IsNumeric()) {
     throw element.AttributeError("feature", "needs a classification");
   }
+  // The entities of an ensemble are its segments; the cluster is what it predicts.
+  if (element.Attribute("feature") == "clusterId" && fBody.IsEnsemble()) output.feature = Feature::kPredictedValue;
   const bool isOfClusters = element.Attribute("feature").value_or("").starts_with("cluster");
   const bool isKnown = (output.feature != Feature::kProbability || fBody.GivesProbabilities()) &&
                        (output.feature != Feature::kConfidence || GivesConfidences()) &&
