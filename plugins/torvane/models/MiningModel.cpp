@@ -62,13 +62,15 @@ MiningModel::Part MiningModel::Run(const Segment& segment, Frame frame, bool wan
 }
 
 // Runs the segments and gives the result of each to `take`, with its weight. False if the ensemble has no result; the
-// outcome then says why. All segments run even so: outputs may ask for the results of each.
+// outcome then says why. All segments run even so: outputs may ask for the results of each. A segment without the
+// distribution that is wanted has no result.
 template <typename Take>
 bool MiningModel::RunAll(Frame frame, bool wantsDistribution, Prediction& prediction, Tally& tally,
                          const Take& take) const {
   double* const numbers = prediction.scratch + fOwnNumbers;
+  const bool isSelfSufficient = fMethod == Method::kMajorityVote || fMethod == Method::kSelectAll;
   const bool needsAll = fMissingTreatment == MissingTreatment::kReturnMissing ||
-                        (fMissingTreatment == MissingTreatment::kContinue && fMethod != Method::kMajorityVote);
+                        (fMissingTreatment == MissingTreatment::kContinue && !isSelfSufficient);
   bool hasAll = true;
   for (const Segment& segment : fSegments) {
     Prediction part;
@@ -79,7 +81,8 @@ bool MiningModel::RunAll(Frame frame, bool wantsDistribution, Prediction& predic
       return false;
     }
     const double weight = fIsWeighted ? WeightOf(segment, frame.data()) : 1.0;
-    if (outcome == Part::kValue && !std::isnan(weight)) {
+    const bool hasResult = outcome == Part::kValue && (part.hasProbabilities || !wantsDistribution);
+    if (hasResult && !std::isnan(weight)) {
       tally.results += weight;
       take(segment, part, weight);
     } else {
@@ -219,7 +222,7 @@ void MiningModel::AverageProbabilities(Frame frame, Prediction& prediction) cons
   std::fill_n(sums, fCategoryCount, 0.0);
   Tally tally;
   const auto take = [&](const Segment& segment, const Prediction& part, double weight) {
-    if (part.hasProbabilities) segment.Scatter(part.probabilities, weight, sums);
+    segment.Scatter(part.probabilities, weight, sums);
   };
   if (!RunAll(frame, true, prediction, tally, take) || tally.results == 0.0) return;
   for (std::uint32_t i = 0; i < fCategoryCount; ++i) sums[i] /= tally.results;
@@ -234,7 +237,7 @@ void MiningModel::CompareProbabilities(Frame frame, Prediction& prediction) cons
   const auto take = [&](const Segment& segment, const Prediction& part, double) {
     double* const row = rows + rowCount++ * fCategoryCount;
     std::fill_n(row, fCategoryCount, 0.0);
-    if (part.hasProbabilities) segment.Scatter(part.probabilities, 1.0, row);
+    segment.Scatter(part.probabilities, 1.0, row);
   };
   if (!RunAll(frame, true, prediction, tally, take) || rowCount == 0) return;
   const std::uint32_t largest = IndexOfLargest(rows, rowCount * fCategoryCount);

@@ -61,6 +61,7 @@ std::unique_ptr<MiningModel> MiningReader::Read() {
 
 // Output fields with a "segmentId" are of the segment that they name.
 void MiningReader::CollectAskedOutputs() {
+  fModel->fOutputsMayReadDerived = fScope.Outer() != nullptr;  // the outer ensemble's outputs may ask this one
   const Element output = fElement.Child("Output");
   for (Element field = output.Child("OutputField"); field; field = field.Next("OutputField")) {
     if (const auto id = field.Attribute("segmentId")) {
@@ -149,6 +150,9 @@ void MiningReader::CheckMethod(const Element& segmentation) const {
                             !((isOfShares || isOfBoth) && isClustering);
   if (!isMeaningful) {
     throw segmentation.AttributeError("multipleModelMethod", "has no meaning for the function of its model");
+  }
+  if (method == Method::kSelectAll && fTarget.Adjusts()) {
+    throw segmentation.AttributeError("multipleModelMethod", "gives results that Targets can't adjust");
   }
   if (method == Method::kSelectAll && fScope.Outer() != nullptr) {
     throw segmentation.AttributeError("multipleModelMethod", "gives no result that an ensemble could use");

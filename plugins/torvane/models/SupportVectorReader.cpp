@@ -37,6 +37,9 @@ void RequireLength(const Element& array, std::size_t length, std::size_t fieldCo
   throw array.Error("isn't as long as the vector of fields, which has " + std::to_string(fieldCount));
 }
 
+// A few characters can ask for this many numbers: places that an array fills with a default other than 0.
+constexpr std::size_t kMostFilled = 2000;
+
 std::vector<SparseArray::Entry> WithAllPlaces(const std::vector<double>& numbers) {
   std::vector<SparseArray::Entry> entries;
   for (std::uint32_t place = 0; place < numbers.size(); ++place) entries.push_back({place, numbers[place]});
@@ -54,6 +57,7 @@ std::vector<SparseArray::Entry> ReadVector(const Element& array, std::size_t fie
   const bool isTooLong = !sparse.entries.empty() && sparse.entries.back().place >= fieldCount;
   RequireLength(array, isTooLong ? sparse.entries.back().place + 1 : sparse.length.value_or(fieldCount), fieldCount);
   if (sparse.defaultValue == 0.0) return std::move(sparse.entries);
+  if (fieldCount > kMostFilled) throw array.AttributeError("defaultValue", "fills too many places of one vector");
   std::vector<double> numbers(fieldCount, sparse.defaultValue);
   for (const SparseArray::Entry& entry : sparse.entries) numbers[entry.place] = entry.value;
   return WithAllPlaces(numbers);

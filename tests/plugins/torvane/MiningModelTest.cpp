@@ -670,8 +670,38 @@ TEST(MiningModel, SelectAll_TellsEachResult) {
   EXPECT_EQ(Shown(*out.At(out.IndexOf("all")).Members(), "b"), "maybe");
   EXPECT_LT(out.IndexOf("probability"), 0);
   EXPECT_EQ(Part(load(kSkip).Score({{"x", 1.0}}), "a"), "null");
-  EXPECT_EQ(Part(load("").Score({{"x", 1.0}}), "b"), "null");  // one result is missing
+  EXPECT_EQ(Part(load("").Score({{"x", 1.0}}), "b"), "maybe");
+  EXPECT_EQ(Part(load("").Score({{"x", 1.0}}), "c"), "null");
   EXPECT_EQ(Part(load(kSkip).Score({{"x", 1.0}}), "b"), "maybe");
+}
+
+// A default score without a confidence says which category, but nothing of the others.
+TEST(MiningModel, MemberThatOnlySaysTheCategory_HasNoSharesToCombine) {
+  const std::string rules = R"(<RuleSetModel functionName="classification">)" + Fields({"x"}) +
+                            R"(<RuleSet defaultScore="no"><RuleSelectionMethod criterion="firstHit"/>
+      <SimpleRule id="r" score="yes" confidence="0.75">)" +
+                            When("x", "lessThan", "0") + "</SimpleRule></RuleSet></RuleSetModel>";
+  for (const char* method : {"average", "median", "max"}) {
+    const std::string certain = Segment(Leaf("maybe", {"0.25", "0.25", "0.5"}));
+    const Scorer scorer = Load(Ensemble("classification", Segmentation(method, Segment(rules) + certain)));
+    EXPECT_EQ(Shown(scorer.Score({{"x", -1.0}}), "prediction"), "yes") << method;
+    EXPECT_EQ(Shown(scorer.Score({{"x", 1.0}}), "prediction"), "null") << method;
+    const Scorer skips = Load(Ensemble("classification", Segmentation(method, Segment(rules) + certain, kSkip)));
+    EXPECT_EQ(Shown(skips.Score({{"x", 1.0}}), "prediction"), "maybe") << method;
+  }
+}
+
+TEST(OutputsOfSegments, AskedExpression_SeesFieldsThatNoSegmentNeededYet) {
+  const std::string twice = R"(<LocalTransformations><DerivedField name="D" optype="continuous" dataType="double">
+      <Apply function="*"><FieldRef field="x"/><Constant>2</Constant></Apply></DerivedField></LocalTransformations>)";
+  const std::string inner =
+      Nested("regression", twice + Segmentation("selectFirst", Segment(Linear("1"), "", When("x", "lessThan", "0")) +
+                                                                   Segment(Linear("0", "D"))));
+  const Scorer scorer = Load(Ensemble(
+      "regression", R"(<Output><OutputField name="o" segmentId="s" feature="transformedValue"><FieldRef field="D"/>
+      </OutputField></Output>)" +
+                        Segmentation("modelChain", Segment(inner, "id=\"s\""))));
+  EXPECT_EQ(Shown(scorer.Score({{"x", -1.0}}), "o"), "-2");
 }
 
 // --- Ensembles of ensembles, and many segments ---
@@ -818,6 +848,9 @@ INSTANTIATE_TEST_SUITE_P(
                                  Segment(Linear("1", "",
                                                 "<Output><OutputField name=\"z\" dataType=\"string\"/></Output>"))),
                 "of another type"},
+        Refusal{"select_all_with_targets",
+                "<Targets><Target field=\"t\" rescaleFactor=\"2\"/></Targets>" + Segmentation("selectAll", kOne),
+                "gives results that Targets can't adjust"},
         Refusal{"select_all_inside",
                 Segmentation("sum", Segment(Nested("regression", Segmentation("selectAll", kOne)))),
                 "gives no result that an ensemble could use"},
