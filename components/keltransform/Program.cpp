@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numeric>
 #include <span>
+#include <tuple>
 #include <unordered_map>
 #include <utility>
 
@@ -192,9 +193,10 @@ std::vector<Instruction> GroupedByOperation(const std::vector<Instruction>& step
   const std::vector<std::uint32_t> depths = DepthsOf(steps, operands);
   std::vector<std::uint32_t> order(steps.size());
   std::iota(order.begin(), order.end(), 0U);
-  const auto rankOf = [&](std::uint32_t index) { return std::pair(depths[index], steps[index].operation); };
-  std::stable_sort(order.begin(), order.end(),
-                   [&](std::uint32_t left, std::uint32_t right) { return rankOf(left) < rankOf(right); });
+  std::sort(order.begin(), order.end(), [&](std::uint32_t left, std::uint32_t right) {
+    return std::tuple(depths[left], steps[left].operation, left) <
+           std::tuple(depths[right], steps[right].operation, right);
+  });
   std::vector<Instruction> grouped;
   grouped.reserve(steps.size());
   for (const std::uint32_t index : order) grouped.push_back(steps[index]);

@@ -6,8 +6,7 @@
 #include "components/keltransform/Attributes.h"
 #include "components/keltransform/expressions/Arguments.h"
 #include "components/keltransform/expressions/Expressions.h"
-#include "components/keltransform/functions/DateFunctions.h"
-#include "components/keltransform/functions/NumberFormat.h"
+#include "components/keltransform/expressions/Patterns.h"
 
 namespace KelTransformNS {
 
@@ -73,27 +72,6 @@ std::size_t CountElements(const Element& root) {
     for (Element child = element.FirstChild(); child; child = child.NextSibling()) pending.push_back(child);
   }
   return count;
-}
-
-// The text of a constant; null for any other argument.
-const std::string* FindText(const Argument& argument, const CodeBuilder& code) {
-  if (!argument.value.operand.IsConstant()) return nullptr;
-  const Cell& cell = code.ConstantCell(argument.value.operand);
-  return cell.state == Cell::kText ? cell.text : nullptr;
-}
-
-// A pattern that stands in the document is checked while it is loaded.
-void CheckPattern(const Function& function, const std::vector<Argument>& arguments, const CodeBuilder& code) {
-  const bool isOfNumber = function.text == FormatNumber;
-  if (!isOfNumber && function.text != FormatDatetime) return;
-  const Argument& pattern = arguments[1];
-  const std::string* const text = FindText(pattern, code);
-  if (text == nullptr || (isOfNumber ? IsNumberPattern(*text) : IsDatetimePattern(*text))) return;
-  throw pattern.element.Error(Quoted(*text) + " is no pattern that is supported");
-}
-
-bool TakesRegularExpression(const Function& function) {
-  return function.operation == OpCode::kMatches || function.operation == OpCode::kReplace;
 }
 
 // Compiles a tree of calls depth first, with a stack of its own: documents nest deeper than a thread's may be.
@@ -232,40 +210,14 @@ class CallCompiler {
   CompiledValue EmitFunction(Call& call) {
     const Function& function = *call.builtIn;
     ConvertArguments(function, call.arguments, fCode);
-    CheckPattern(function, call.arguments, fCode);
-    if (TakesRegularExpression(function)) return EmitPatternFunction(function, call.arguments);
+    CheckFormat(function, call.arguments, fCode);
+    if (TakesRegularExpression(function)) return EmitPatternFunction(function, call.arguments, fCode);
     const CompiledValue value =
         fCode.Emit(function.operation, OperandsOf(call.arguments),
                    static_cast<std::uint32_t>(&function - AllFunctions().data()), ResultType(function, call.arguments));
     if (function.yields == Yields::kQuotient && IsWholeQuotient(call)) return Truncated(value);
     const bool isRounded = value.type != DataType::kFloat || function.yields == Yields::kAlike;
     return isRounded ? value : fCode.Emit(OpCode::kRoundToFloat, {value.operand}, 0, value.type);
-  }
-
-  // The pattern is compiled now, so it must be known.
-  CompiledValue EmitPatternFunction(const Function& function, const std::vector<Argument>& arguments) {
-    auto expression = std::make_unique<RegularExpression>(RequiredText(arguments[1]), true, arguments[1].element);
-    std::vector<Operand> operands = {arguments[0].value.operand};
-    if (arguments.size() > 2) {
-      CheckReplacement(*expression, arguments[2]);
-      operands.push_back(arguments[2].value.operand);
-    }
-    auto& patterns = fCode.Data().patterns;
-    patterns.push_back(std::move(expression));
-    return fCode.Emit(function.operation, operands, static_cast<std::uint32_t>(patterns.size() - 1),
-                      ResultType(function, arguments));
-  }
-
-  [[nodiscard]] const std::string& RequiredText(const Argument& pattern) const {
-    const std::string* const text = FindText(pattern, fCode);
-    if (text == nullptr) throw pattern.element.Error("a regular expression must be a constant text");
-    return *text;
-  }
-
-  void CheckReplacement(const RegularExpression& expression, const Argument& replacement) const {
-    const std::string* const text = FindText(replacement, fCode);
-    if (text == nullptr || expression.TakesReplacement(*text)) return;
-    throw replacement.element.Error(Quoted(*text) + " refers to a group that the pattern doesn't have");
   }
 
   // Integers are divided as real numbers, unless the result is declared as an integer: then the fraction is dropped.

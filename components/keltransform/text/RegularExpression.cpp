@@ -29,13 +29,15 @@ bool IsBefore(const void* deadline) noexcept {
   return MillisecondsOfThisThread() < *static_cast<const long*>(deadline);
 }
 
+// The clock costs more than a step, so it is looked at now and then only.
+constexpr std::int64_t kStepsBetweenLooks = 64;
+
 // The library asks at each ten thousandth step within one attempt to match, ...
 UBool GoesOn(const void* deadline, std::int32_t /*steps*/) { return IsBefore(deadline) ? 1 : 0; }
 
-// ... and before it tries another place of the text, where the clock is looked at now and then only.
+// ... and before it tries another place of the text, which lies one or two units further on.
 UBool GoesOnAt(const void* deadline, std::int64_t place) {
-  constexpr std::int64_t kPlacesBetweenLooks = 64;
-  return place % kPlacesBetweenLooks != 0 || IsBefore(deadline) ? 1 : 0;
+  return place % kStepsBetweenLooks > 1 || IsBefore(deadline) ? 1 : 0;
 }
 
 URegularExpression* Open(std::string_view pattern, std::uint32_t flags, const Element& element) {
@@ -105,8 +107,7 @@ bool RegularExpression::Search::Next(std::size_t& begin, std::size_t& end) {
   if (!isFound || fIsGivenUp) return false;
   begin = static_cast<std::size_t>(uregex_start(fMatcher.get(), 0, &code));
   end = static_cast<std::size_t>(uregex_end(fMatcher.get(), 0, &code));
-  fIsAnyFound = true;
-  fIsGivenUp = GoesOnAt(&fDeadline, static_cast<std::int64_t>(begin)) == 0;
+  fIsGivenUp = ++fMatchCount % kStepsBetweenLooks == 0 && !IsBefore(&fDeadline);
   return !fIsGivenUp;
 }
 
@@ -120,7 +121,7 @@ std::u16string_view RegularExpression::Search::Group(int number) const {
 
 RegularExpression::Outcome RegularExpression::Search::Result() const noexcept {
   if (fIsGivenUp) return Outcome::kGivenUp;
-  return fIsAnyFound ? Outcome::kFound : Outcome::kNotFound;
+  return fMatchCount > 0 ? Outcome::kFound : Outcome::kNotFound;
 }
 
 RegularExpression::Outcome RegularExpression::Find(std::u16string_view text) const {

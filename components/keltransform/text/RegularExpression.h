@@ -3,6 +3,7 @@
 #include <array>
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -79,7 +80,7 @@ class RegularExpression {
     MatcherPointer fMatcher;
     long fDeadline;
     bool fIsGivenUp = false;
-    bool fIsAnyFound = false;
+    std::int64_t fMatchCount = 0;
   };
 
   static constexpr std::size_t kKeptMatchers = 16;

@@ -1,7 +1,9 @@
+#include <atomic>
 #include <clocale>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
+#include <thread>
 
 #include "tests/components/keltransform/TransformTestSupport.h"
 #include "tests/support/CaseName.h"
@@ -313,6 +315,29 @@ TEST(PatternTest, Matches_HostilePatternsOnLongTexts_AreGivenUp) {
   }
   EXPECT_TRUE(Evaluate("string", Apply("replace", "s '(?=x*+)x' 'x'"), {{"s", text}}).IsNull());
   EXPECT_TRUE(Evaluate("string", Apply("replace", "s '.*' '$0$0$0$0$0$0$0$0$0$0$0'"), {{"s", text}}).IsNull());
+}
+
+// More threads than matchers are kept.
+TEST(PatternTest, Matches_OnManyThreads_EachHasAMatcherOfItsOwn) {
+  KelTransformation transformation;
+  const std::string fields =
+      Derived("found", "boolean", Apply("matches", "s '^(a+)b$'")) +
+      Derived("count", "integer", R"(<TextIndex textField="t"><Constant>b</Constant></TextIndex>)");
+  ASSERT_TRUE(AddPmml(transformation, Pmml(StandardFields(), fields)).IsOK()) << KelDiagnostics::Last();
+  std::atomic<int> wrong = 0;
+  const auto score = [&](int thread) {
+    for (int row = 0; row < 200; ++row) {
+      const bool isFound = (row + thread) % 2 == 0;
+      const auto results =
+          Compute(transformation, {{"s", isFound ? "aaab" : "aaa"}, {"t", isFound ? "b, b" : "b"}}, {"found", "count"});
+      if (Show(results[0]) != (isFound ? "text true" : "text false") || results[1].GetReal() != (isFound ? 2 : 1))
+        ++wrong;
+    }
+  };
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < 20; ++thread) threads.emplace_back(score, thread);
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(wrong, 0);
 }
 
 TEST(PatternTest, Matches_TextAboveTheLimit_IsInvalid) {
