@@ -114,7 +114,7 @@ void CompiledModel::AddFurther(FieldScope& scope, const Element& model, const Mo
                                const TargetChoice& choice) {
   std::unique_ptr<CompiledModel> further(new CompiledModel);
   further->fTarget = std::make_unique<Target>(scope, model, choice.function, choice.field);
-  further->fBody = kind.buildFurther(*fBody, model, *further->fTarget);
+  further->fBody = kind.buildFurther(*fBody, model, scope, *further->fTarget);
   CheckHasCategories(model, *further->fTarget);
   further->CountNumbers();
   further->fOutputs =

@@ -28,7 +28,7 @@ const ModelKind kKinds[] = {
      NearestNeighborModel::Build,
      {kNumber, kCategory, kCluster},
      NearestNeighborModel::BuildFurther},
-    {"NeuralNetwork", NeuralNetwork::Build, {kNumber, kCategory}},
+    {"NeuralNetwork", NeuralNetwork::Build, {kNumber, kCategory}, NeuralNetwork::BuildFurther},
     {"RegressionModel", RegressionModel::Build, {kNumber, kCategory}},
     {"RuleSetModel", RuleSetModel::Build, {kNumber, kCategory}},
     {"SupportVectorMachineModel", SupportVectorModel::Build, {kNumber, kCategory}},

@@ -16,7 +16,8 @@ namespace Torvane {
 using BuildBody = std::unique_ptr<ModelBody> (*)(const Element& model, FieldScope& scope, Target& target);
 
 /// The same of another target of the same element, once the first one's body is built, with which it may share data.
-using BuildFurtherBody = std::unique_ptr<ModelBody> (*)(const ModelBody& first, const Element& model, Target& target);
+using BuildFurtherBody = std::unique_ptr<ModelBody> (*)(const ModelBody& first, const Element& model, FieldScope& scope,
+                                                        Target& target);
 
 /// A kind of model.
 struct ModelKind {

@@ -19,7 +19,8 @@ class NearestNeighborModel final : public ModelBody {
  public:
   static std::unique_ptr<ModelBody> Build(const Element& model, FieldScope& scope, Target& target);
   /// The body of another target of the model that `first` was built of.
-  static std::unique_ptr<ModelBody> BuildFurther(const ModelBody& first, const Element& model, Target& target);
+  static std::unique_ptr<ModelBody> BuildFurther(const ModelBody& first, const Element& model, FieldScope& scope,
+                                                 Target& target);
 
   void Evaluate(KelTransformNS::Frame frame, Prediction& prediction) const noexcept override;
   /// The record, and then the numbers of the neighbours.

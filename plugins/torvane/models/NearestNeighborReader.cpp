@@ -19,7 +19,7 @@ std::unique_ptr<ModelBody> NearestNeighborModel::Build(const Element& model, Fie
 }
 
 std::unique_ptr<ModelBody> NearestNeighborModel::BuildFurther(const ModelBody& first, const Element& model,
-                                                              Target& target) {
+                                                              FieldScope& /*scope*/, Target& target) {
   return NearestNeighborReader(model, target, static_cast<const NearestNeighborModel&>(first).fNeighborhood).Read();
 }
 

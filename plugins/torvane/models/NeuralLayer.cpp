@@ -7,6 +7,9 @@
 #include "plugins/torvane/models/Figures.h"
 
 namespace Torvane {
+
+using KelTransformNS::Cell;
+
 namespace {
 
 template <typename Function>
@@ -85,6 +88,29 @@ void NeuralLayer::Activate(double* sums) const noexcept {
       for (std::size_t i = 0; i < count; ++i) sums[i] = std::exp(heights[i] - sums[i] / widths[i]);
       return;
   }
+}
+
+Outcome NeuralLayers::Evaluate(const Cell* frame, double* outputs) const noexcept {
+  const Outcome outcome = ReadInputs(frame, outputs);
+  if (outcome != Outcome::kValue) return outcome;
+  for (const NeuralLayer& layer : layers) layer.Evaluate(outputs);
+  return outcome;
+}
+
+// A network can't do without any of its inputs.
+Outcome NeuralLayers::ReadInputs(const Cell* frame, double* outputs) const noexcept {
+  Outcome outcome = Outcome::kValue;
+  for (std::size_t i = 0; i < inputSlots.size(); ++i) {
+    const Cell& cell = frame[inputSlots[i]];
+    if (cell.state == Cell::kNumber) {
+      outputs[i] = cell.number;
+    } else if (cell.IsMissing()) {
+      outcome = Outcome::kMissing;
+    } else {
+      return Outcome::kInvalid;
+    }
+  }
+  return outcome;
 }
 
 }  // namespace Torvane

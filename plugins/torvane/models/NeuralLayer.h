@@ -3,7 +3,9 @@
 #include <cstdint>
 #include <vector>
 
+#include "components/keltransform/Cell.h"
 #include "plugins/torvane/models/DenseRows.h"
+#include "plugins/torvane/models/Prediction.h"
 
 namespace Torvane {
 
@@ -59,6 +61,19 @@ struct NeuralLayer {
   void SumDense(const double* outputs, double* sums) const noexcept;
   void SumSparse(const double* outputs, double* sums) const noexcept;
   void Activate(double* sums) const noexcept;
+};
+
+/// The inputs and layers of a network, which the outputs of several targets share.
+struct NeuralLayers {
+  /// Fills `outputs` with those of the inputs and of all neurons. Without a result if an input is missing or invalid.
+  Outcome Evaluate(const KelTransformNS::Cell* frame, double* outputs) const noexcept;
+
+  std::vector<std::uint32_t> inputSlots;
+  std::vector<NeuralLayer> layers;
+  std::uint32_t neuronEnd = 0;  ///< the number of inputs and neurons
+
+ private:
+  Outcome ReadInputs(const KelTransformNS::Cell* frame, double* outputs) const noexcept;
 };
 
 }  // namespace Torvane

@@ -8,30 +8,13 @@ using KelTransformNS::Cell;
 
 void NeuralNetwork::Evaluate(KelTransformNS::Frame frame, Prediction& prediction) const noexcept {
   double* const outputs = prediction.scratch;
-  prediction.outcome = ReadInputs(frame.data(), outputs);
+  prediction.outcome = fLayers->Evaluate(frame.data(), outputs);
   if (prediction.outcome != Outcome::kValue) return;
-  for (const NeuralLayer& layer : fLayers) layer.Evaluate(outputs);
   if (fIsClassification) {
     Classify(outputs, prediction);
   } else {
     Predict(outputs, prediction);
   }
-}
-
-// A network can't do without any of its inputs.
-Outcome NeuralNetwork::ReadInputs(const Cell* frame, double* outputs) const noexcept {
-  Outcome outcome = Outcome::kValue;
-  for (std::size_t i = 0; i < fInputSlots.size(); ++i) {
-    const Cell& cell = frame[fInputSlots[i]];
-    if (cell.state == Cell::kNumber) {
-      outputs[i] = cell.number;
-    } else if (cell.IsMissing()) {
-      outcome = Outcome::kMissing;
-    } else {
-      return Outcome::kInvalid;
-    }
-  }
-  return outcome;
 }
 
 void NeuralNetwork::Predict(const double* outputs, Prediction& prediction) const noexcept {

@@ -22,29 +22,29 @@ namespace Torvane {
 class NeuralNetwork final : public ModelBody {
  public:
   static std::unique_ptr<ModelBody> Build(const Element& model, FieldScope& scope, Target& target);
+  /// The body of another target of the model that `first` was built of, over the same layers.
+  static std::unique_ptr<ModelBody> BuildFurther(const ModelBody& first, const Element& model, FieldScope& scope,
+                                                 Target& target);
 
   void Evaluate(KelTransformNS::Frame frame, Prediction& prediction) const noexcept override;
-  [[nodiscard]] std::size_t ScratchCount() const noexcept override { return fNeuronEnd; }
+  [[nodiscard]] std::size_t ScratchCount() const noexcept override { return fLayers->neuronEnd; }
   [[nodiscard]] std::uint32_t EntityCount() const noexcept override {
     return static_cast<std::uint32_t>(fOutputs.size());
   }
   void WriteEntity(std::uint32_t entity, KelCommon_1_3::Value& value) const override { fIds.Write(entity, value); }
 
  private:
-  friend class NeuralReader;
+  friend class NeuralOutputReader;
 
   struct Output {
     std::uint32_t neuron;    // the place of its output
     std::uint32_t category;  // of a classification
   };
 
-  Outcome ReadInputs(const KelTransformNS::Cell* frame, double* outputs) const noexcept;
   void Predict(const double* outputs, Prediction& prediction) const noexcept;
   void Classify(const double* outputs, Prediction& prediction) const noexcept;
 
-  std::vector<std::uint32_t> fInputSlots;
-  std::vector<NeuralLayer> fLayers;
-  std::uint32_t fNeuronEnd = 0;  // the number of inputs and neurons
+  std::shared_ptr<const NeuralLayers> fLayers;
   std::vector<Output> fOutputs;  // in document order: the first one wins a tie
   EntityIds fIds;                // of the outputs' neurons
   bool fIsClassification = false;

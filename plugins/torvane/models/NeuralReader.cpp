@@ -1,6 +1,7 @@
 #include "plugins/torvane/models/NeuralReader.h"
 
 #include <cmath>
+#include <utility>
 
 #include "plugins/torvane/models/Parts.h"
 
@@ -46,40 +47,15 @@ std::optional<DataType> ReadNumberType(const Element& derivedField) {
 
 }  // namespace
 
-std::unique_ptr<ModelBody> NeuralNetwork::Build(const Element& model, FieldScope& scope, Target& target) {
-  return NeuralReader(model, scope, target).Read();
-}
+NeuralReader::NeuralReader(const Element& model, FieldScope& scope, const NeuralIds& ids)
+    : fElement(model), fScope(scope), fIds(ids) {}
 
-NeuralReader::NeuralReader(const Element& model, FieldScope& scope, Target& target)
-    : fElement(model), fScope(scope), fTarget(target), fNetwork(std::make_unique<NeuralNetwork>()) {}
-
-std::unique_ptr<NeuralNetwork> NeuralReader::Read() {
+std::shared_ptr<const NeuralLayers> NeuralReader::Read() {
   RefuseUnknownModelChildren(fElement, {"NeuralInputs", "NeuralLayer", "NeuralOutputs"});
-  fNetwork->fIsClassification = fTarget.Function() == MiningFunction::kClassification;
+  fLayers->neuronEnd = fIds.InputCount();
   ReadInputs(OnlyChild(fElement, "NeuralInputs"));
-  (void)fElement.RequiredChild("NeuralLayer");
   for (Element layer = fElement.Child("NeuralLayer"); layer; layer = layer.Next("NeuralLayer")) ReadLayer(layer);
-  fNetwork->fNeuronEnd = static_cast<std::uint32_t>(fPlaces.size());
-  ReadOutputs(OnlyChild(fElement, "NeuralOutputs"));
-  FindUntold();
-  return std::move(fNetwork);
-}
-
-void NeuralReader::AddId(const Element& element) {
-  const auto place = static_cast<std::uint32_t>(fPlaces.size());
-  if (!fPlaces.emplace(element.Required("id"), place).second) {
-    throw element.AttributeError("id", "is that of another input or neuron");
-  }
-}
-
-// The place of an id from `first` on and below `end`.
-std::uint32_t NeuralReader::FindId(const Element& element, std::string_view attribute, std::uint32_t first,
-                                   std::uint32_t end, const char* otherwise) const {
-  const auto found = fPlaces.find(element.Required(attribute));
-  if (found == fPlaces.end() || found->second < first || found->second >= end) {
-    throw element.AttributeError(attribute, otherwise);
-  }
-  return found->second;
+  return std::move(fLayers);
 }
 
 // --- Inputs ---
@@ -88,11 +64,9 @@ void NeuralReader::ReadInputs(const Element& inputs) {
   RefuseUnknownChildren(inputs, {"NeuralInput"});
   for (Element input = inputs.RequiredChild("NeuralInput"); input; input = input.Next("NeuralInput")) {
     RefuseUnknownChildren(input, {"DerivedField"});
-    AddId(input);
-    fNetwork->fInputSlots.push_back(CompileInput(OnlyChild(input, "DerivedField")));
+    fLayers->inputSlots.push_back(CompileInput(OnlyChild(input, "DerivedField")));
   }
-  fInputCount = static_cast<std::uint32_t>(fNetwork->fInputSlots.size());
-  CheckCount(inputs, "numberOfInputs", fInputCount);
+  CheckCount(inputs, "numberOfInputs", fLayers->inputSlots.size());
 }
 
 std::uint32_t NeuralReader::CompileInput(const Element& derivedField) {
@@ -109,13 +83,14 @@ void NeuralReader::ReadLayer(const Element& element) {
   layer.activation = ReadActivation(element);
   layer.normalization = ReadNormalization(element);
   layer.threshold = Inherited(element, "threshold").value_or(0.0);
-  layer.firstNeuron = static_cast<std::uint32_t>(fPlaces.size());
+  layer.firstNeuron = fLayers->neuronEnd;
   for (Element neuron = element.RequiredChild("Neuron"); neuron; neuron = neuron.Next("Neuron")) {
     ReadNeuron(neuron, element, layer);
   }
   CheckCount(element, "numberOfNeurons", layer.biases.size());
+  fLayers->neuronEnd += static_cast<std::uint32_t>(layer.biases.size());
   Seal(layer);
-  fNetwork->fLayers.push_back(std::move(layer));
+  fLayers->layers.push_back(std::move(layer));
 }
 
 Activation NeuralReader::ReadActivation(const Element& layer) const {
@@ -156,7 +131,6 @@ std::optional<double> NeuralReader::Inherited(const Element& layer, std::string_
 
 void NeuralReader::ReadNeuron(const Element& neuron, const Element& layerElement, NeuralLayer& layer) {
   RefuseUnknownChildren(neuron, {"Con"});
-  AddId(neuron);
   const std::size_t before = layer.sources.size();
   ReadConnections(neuron, layer);
   const double bias = ReadFinite(neuron, "bias").value_or(0.0);
@@ -168,8 +142,7 @@ void NeuralReader::ReadNeuron(const Element& neuron, const Element& layerElement
 void NeuralReader::ReadConnections(const Element& neuron, NeuralLayer& layer) {
   for (Element con = neuron.RequiredChild("Con"); con; con = con.Next("Con")) {
     RefuseUnknownChildren(con, {});
-    layer.sources.push_back(
-        FindId(con, "from", 0, layer.firstNeuron, "is neither an input nor a neuron of an earlier layer"));
+    layer.sources.push_back(fIds.FindSource(con, layer.firstNeuron));
     layer.weights.push_back(RequiredFinite(con, "weight"));
   }
   layer.ends.push_back(static_cast<std::uint32_t>(layer.sources.size()));
@@ -190,58 +163,6 @@ void NeuralReader::ReadShape(const Element& neuron, const Element& layerElement,
   if (!(altitude > 0.0)) throw neuron.Error("has an altitude that isn't above 0");
   layer.widths.push_back(divisor);
   layer.heights.push_back(static_cast<double>(connectionCount) * std::log(altitude));
-}
-
-// --- Outputs ---
-
-void NeuralReader::ReadOutputs(const Element& outputs) {
-  RefuseUnknownChildren(outputs, {"NeuralOutput"});
-  NeuralTarget target(fElement, fScope, fTarget);
-  std::vector<std::optional<std::string_view>> ids;
-  for (Element output = outputs.RequiredChild("NeuralOutput"); output; output = output.Next("NeuralOutput")) {
-    RefuseUnknownChildren(output, {"DerivedField"});
-    (void)OnlyChild(output, "DerivedField");
-    const std::uint32_t neuron = FindId(output, "outputNeuron", fInputCount, fNetwork->fNeuronEnd, "is no neuron");
-    const NeuralTarget::Chain chain = target.Follow(output);
-    fNetwork->fOutputs.push_back({neuron, 0});
-    ids.push_back(output.Attribute("outputNeuron"));
-    if (fNetwork->fIsClassification) {
-      ReadCategory(output, chain);
-    } else {
-      ReadInverse(output, chain);
-    }
-  }
-  CheckCount(outputs, "numberOfOutputs", fNetwork->fOutputs.size());
-  fNetwork->fIds.Assign(ids);
-}
-
-void NeuralReader::ReadInverse(const Element& output, const NeuralTarget::Chain& chain) {
-  if (chain.normDiscrete) throw chain.normDiscrete.Error("tells a category, but the model is a regression");
-  if (fNetwork->fOutputs.size() > 1) throw output.Error("is a second output of the same number");
-  for (const Element& function : chain.normContinuous) NeuralTarget::AddInverse(function, fNetwork->fInverses);
-  fNetwork->fInverseCount = static_cast<std::uint32_t>(chain.normContinuous.size());
-}
-
-void NeuralReader::ReadCategory(const Element& output, const NeuralTarget::Chain& chain) {
-  const Element& discrete = chain.normDiscrete;
-  if (!discrete) throw output.Error("tells no category, but the model is a classification");
-  if (discrete.Attribute("method").value_or("indicator") != "indicator") {
-    throw discrete.AttributeError("method", "isn't supported, only indicator is");
-  }
-  const std::uint32_t category = fTarget.AddCategory(discrete, "value", discrete.Required("value"));
-  if (!fKnown.insert(category).second) throw discrete.AttributeError("value", "has an output already");
-  fNetwork->fOutputs.back().category = category;
-}
-
-// A single output would win whatever its neuron says.
-void NeuralReader::FindUntold() {
-  if (!fNetwork->fIsClassification) return;
-  if (fKnown.size() < 2) {
-    throw fElement.Child("NeuralOutputs").Error("needs outputs for two categories or more");
-  }
-  for (std::uint32_t category = 0; category < fTarget.Categories().size(); ++category) {
-    if (fKnown.count(category) == 0) fNetwork->fUntold.push_back(category);
-  }
 }
 
 }  // namespace Torvane

@@ -39,7 +39,7 @@ bool Overflows(const NormPoint& first, const NormPoint& last) {
 }  // namespace
 
 NeuralTarget::NeuralTarget(const Element& model, const FieldScope& scope, const Target& target)
-    : fTargetName(target.Name()) {
+    : fSchema(scope.Schema()), fTargetName(target.Name()) {
   Declare(model.Child("LocalTransformations"));
   Declare(scope.GetDocument().root.Child("TransformationDictionary"));
 }
@@ -50,9 +50,8 @@ void NeuralTarget::Declare(const Element& dictionary) {
   }
 }
 
-NeuralTarget::Chain NeuralTarget::Follow(const Element& output) {
+NeuralTarget::Chain NeuralTarget::Follow(Element derivedField) {
   Chain chain;
-  Element derivedField = output.RequiredChild("DerivedField");
   for (std::size_t steps = 0; steps <= fDerivedFields.size(); ++steps) {
     const Element expression = OnlyExpression(derivedField);
     const bool isOfCategory = static_cast<bool>(chain.normDiscrete);
@@ -66,18 +65,24 @@ NeuralTarget::Chain NeuralTarget::Follow(const Element& output) {
     const std::string_view field = expression.Required("field");
     const auto next = fDerivedFields.find(field);
     if (next == fDerivedFields.end()) {
-      if (IsTarget(field)) return chain;
+      chain.isOfAnotherTarget = !IsTarget(field);
+      if (!chain.isOfAnotherTarget || IsAnotherTarget(field)) return chain;
       throw expression.AttributeError("field", "isn't the target of the model");
     }
     derivedField = next->second;
   }
-  throw output.Error("reads derived fields that depend on themselves");
+  throw derivedField.Error("is one of derived fields that depend on themselves");
 }
 
 // A model may leave its target out of the mining schema. The outputs then say which one it is.
 bool NeuralTarget::IsTarget(std::string_view field) {
   if (fTargetName.empty()) fTargetName = field;
   return field == fTargetName;
+}
+
+bool NeuralTarget::IsAnotherTarget(std::string_view field) const {
+  const MiningField* const other = fSchema.Find(field);
+  return other != nullptr && other->usage == FieldUsage::kTarget;
 }
 
 void NeuralTarget::AddInverse(const Element& element, KelTransformNS::NormContinuousTable& table) {

@@ -395,6 +395,31 @@ TEST(NeuralNetwork, TargetThatTheSchemaDoesntList_IsThatOfTheOutputs) {
   EXPECT_EQ(TryLoad(text).Predict({{"x", 1.0}}).GetReal(), 2.25);
 }
 
+// The first target is the prediction; t = 10 + 2 z of neuron a, y of neurons a and b.
+Document TwoTargets(const std::string& outputs) {
+  Document document = Classification(
+      R"(<Output><OutputField name="number" targetField="t"/><OutputField name="share" targetField="y"
+         feature="probability"/><OutputField name="id" targetField="y" feature="entityId"/></Output>)" +
+      kTwoInputs + Layer(Neuron("a", 0, {{"x", 1.0}}) + Neuron("b", 0, {{"f", 1.0}})) + Outputs(outputs));
+  document.schema += R"(<MiningField name="t" usageType="target"/>)";
+  return document;
+}
+
+const std::string kNumberOfTwo =
+    Output("a", R"(<NormContinuous field="t"><LinearNorm orig="10" norm="0"/><LinearNorm orig="12" norm="1"/>
+                   </NormContinuous>)");
+
+TEST(NeuralNetwork, SeveralTargets_AreReadFromTheirOutputs) {
+  const auto scorer = Load(TwoTargets(CategoryOutput("a", "yes") + kNumberOfTwo + CategoryOutput("b", "no")));
+  const auto out = scorer.Score({{"x", 0.25}, {"f", 0.5}});
+  EXPECT_EQ(Number(out, "prediction"), 10.5);
+  EXPECT_EQ(Number(out, "number"), 10.5);
+  EXPECT_EQ(Shown(out, "y"), "no");
+  EXPECT_EQ(Number(out, "share"), 0.5);
+  EXPECT_EQ(Shown(out, "id"), "b");
+  EXPECT_EQ(Shown(scorer.Score({{"x", kNull}, {"f", 0.5}}), "y"), "null");
+}
+
 // --- Refusals ---
 
 struct RefusalCase {
@@ -474,6 +499,8 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"output_of_an_input", OfOutputs(Output("x", R"(<FieldRef field="t"/>)")), "is no neuron"},
         RefusalCase{"output_of_another_target", OfOutputs(Output("1", R"(<FieldRef field="n"/>)")),
                     "isn't the target of the model"},
+        RefusalCase{"target_without_output", TwoTargets(CategoryOutput("a", "yes") + CategoryOutput("b", "no")),
+                    "has none for the target 't'"},
         RefusalCase{"output_of_a_function", OfOutputs(Output("1", R"(<Constant>1</Constant>)")), "read backwards"},
         RefusalCase{"two_numbers",
                     OfOutputs(Output("1", R"(<FieldRef field="t"/>)") + Output("1", R"(<FieldRef field="t"/>)")),
