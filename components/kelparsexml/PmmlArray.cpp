@@ -74,8 +74,13 @@ void RequireArray(const Element& array) {
   if (!array) throw PmmlError("an <Array> is missing");
 }
 
+void RefuseChildren(const Element& array) {
+  if (array.FirstChild()) throw array.FirstChild().Error("an array holds values only");
+}
+
 // The numbers in an element's text; none of no element.
 std::vector<double> ReadNumbers(const Element& list) {
+  RefuseChildren(list);
   std::vector<double> numbers;
   ArrayText text(list.Text());
   for (std::string_view value; text.Take(value);) {
@@ -143,6 +148,7 @@ void Sort(std::vector<SparseArray::Entry>& entries, const Element& indices) {
 
 std::vector<std::string> ReadStringArray(const Element& array, ArrayCount count) {
   RequireArray(array);
+  RefuseChildren(array);
   std::vector<std::string> values;
   ArrayText text(array.Text());
   for (std::string_view value; text.Take(value);) values.emplace_back(value);

@@ -1,8 +1,28 @@
 #include "components/keltransform/Attributes.h"
 
+#include <algorithm>
+
+#include "components/keltransform/expressions/Expressions.h"
+
 namespace KelTransformNS {
 
 using KelXML_1_3::Element;
+
+namespace {
+
+template <typename IsKnown>
+void RefuseOthers(const Element& element, IsKnown isKnown) {
+  for (Element child = element.FirstChild(); child; child = child.NextSibling()) {
+    if (isKnown(child.Name()) || IsIgnorable(child)) continue;
+    throw child.Error("is not supported in <" + std::string(element.Name()) + ">");
+  }
+}
+
+bool Contains(std::span<const std::string_view> names, std::string_view name) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+}  // namespace
 
 std::optional<DataType> ReadDataType(const Element& element) {
   for (const std::string_view attribute : {"dataType", "datatype"}) {
@@ -32,6 +52,20 @@ std::size_t ReadChoice(const Element& element, std::string_view attribute, const
     list.append(index == 0 ? "" : ", ").append(names[index]);
   }
   throw element.AttributeError(attribute, "is none of " + list);
+}
+
+bool IsIgnorable(const Element& element) noexcept {
+  return element.Is("Extension") || element.Name().starts_with("X-");
+}
+
+void RefuseUnknownChildren(const Element& element, std::span<const std::string_view> known) {
+  RefuseOthers(element, [&](std::string_view name) { return Contains(known, name); });
+}
+
+void RefuseUnknownBesideExpressions(const Element& element, std::initializer_list<std::string_view> known) {
+  RefuseOthers(element, [&](std::string_view name) {
+    return IsExpression(name) || Contains({known.begin(), known.size()}, name);
+  });
 }
 
 std::string_view LocalName(std::string_view name) noexcept { return name.substr(name.rfind(':') + 1); }

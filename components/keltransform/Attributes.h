@@ -1,20 +1,23 @@
 #pragma once
 
 #include <array>
+#include <initializer_list>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
 #include "components/kelparsexml/ElementTree.h"
 #include "components/keltransform/Cell.h"
+#include "scoring/common/KelExport.h"
 
 namespace KelTransformNS {
 
 /// The "dataType" of an element, also under the name "datatype" that some producers write. Throws `PmmlError` for an
 /// unknown type.
-[[nodiscard]] std::optional<DataType> ReadDataType(const KelXML_1_3::Element& element);
+[[nodiscard]] KEL_EXPORT std::optional<DataType> ReadDataType(const KelXML_1_3::Element& element);
 /// The "optype" of an element. Throws `PmmlError` for an unknown one.
-[[nodiscard]] std::optional<OpType> ReadOpType(const KelXML_1_3::Element& element);
+[[nodiscard]] KEL_EXPORT std::optional<OpType> ReadOpType(const KelXML_1_3::Element& element);
 
 /// The place in `names` of an attribute's value. Throws `PmmlError`, which lists the names, for any other value.
 [[nodiscard]] std::size_t ReadChoice(const KelXML_1_3::Element& element, std::string_view attribute,
@@ -27,6 +30,17 @@ template <typename Enum, std::size_t kCount>
   if (!element.Attribute(attribute)) return otherwise;
   return static_cast<Enum>(ReadChoice(element, attribute, names.data(), kCount));
 }
+
+/// Whether an element has no influence on results wherever it stands: "Extension" and names that begin with "X-".
+[[nodiscard]] KEL_EXPORT bool IsIgnorable(const KelXML_1_3::Element& element) noexcept;
+/// Throws for the first child of `element` that is neither among `known` nor ignorable: leaving out what isn't
+/// understood could change the results.
+KEL_EXPORT void RefuseUnknownChildren(const KelXML_1_3::Element& element, std::span<const std::string_view> known);
+inline void RefuseUnknownChildren(const KelXML_1_3::Element& element, std::initializer_list<std::string_view> known) {
+  RefuseUnknownChildren(element, std::span(known.begin(), known.size()));
+}
+/// The same for an element that may hold expressions.
+void RefuseUnknownBesideExpressions(const KelXML_1_3::Element& element, std::initializer_list<std::string_view> known);
 
 /// A name without the prefix of its namespace, as elements are named.
 [[nodiscard]] std::string_view LocalName(std::string_view name) noexcept;

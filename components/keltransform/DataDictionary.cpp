@@ -18,6 +18,7 @@ constexpr std::array<std::string_view, 3> kPropertyNames = {"valid", "invalid", 
 
 FieldDeclaration::DeclaredValue ReadDeclaredValue(const Element& element) {
   using DeclaredValue = FieldDeclaration::DeclaredValue;
+  RefuseUnknownChildren(element, {});
   const std::string value(element.Required("value"));
   const std::string displayValue(element.Attribute("displayValue").value_or(value));
   return {value, displayValue, ReadEnum(element, "property", kPropertyNames, DeclaredValue::kValid)};
@@ -30,6 +31,7 @@ DataType RequiredDataType(const Element& element) {
 }
 
 FieldDeclaration ReadDataField(const Element& element) {
+  RefuseUnknownChildren(element, {"Value", "Interval"});
   FieldDeclaration field{};
   field.name = element.Required("name");
   field.dataType = RequiredDataType(element);
@@ -51,6 +53,7 @@ double ReadMargin(const Element& element, std::string_view attribute, double oth
 
 Interval ReadInterval(const Element& element) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  RefuseUnknownChildren(element, {});
   const auto closure = static_cast<Closure>(ReadChoice(element, "closure", kClosureNames.data(), kClosureNames.size()));
   if (!element.Attribute("leftMargin") && !element.Attribute("rightMargin")) throw element.Error("it has no margin");
   const Interval interval = {ReadMargin(element, "leftMargin", -kInfinity),
@@ -61,7 +64,9 @@ Interval ReadInterval(const Element& element) {
   return interval;
 }
 
+// A taxonomy plays no part in a score.
 DataDictionary::DataDictionary(const Element& element) {
+  RefuseUnknownChildren(element, {"DataField", "Taxonomy"});
   for (Element child = element.Child("DataField"); child; child = child.Next("DataField")) {
     fFields.push_back(ReadDataField(child));
     const bool isNew = fByName.emplace(fFields.back().name, fFields.size() - 1).second;

@@ -2,11 +2,14 @@
 
 #include <utility>
 
+#include "components/keltransform/Attributes.h"
+
 namespace KelTransformNS {
 
 using KelXML_1_3::Element;
 
 void DeclaredFields::Declare(const Element& dictionary) {
+  RefuseUnknownChildren(dictionary, {"DerivedField", "DefineFunction"});
   const std::size_t countBefore = fFields.size();
   Scope scope;
   try {

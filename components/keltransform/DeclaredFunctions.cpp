@@ -14,6 +14,8 @@ namespace {
 void ReadParameters(const Element& element, DeclaredFunction& function) {
   const std::string_view kind = "ParameterField";
   for (Element field = element.Child(kind); field; field = field.Next(kind)) {
+    RefuseUnknownChildren(field, {});
+    (void)ReadOpType(field);  // without influence
     const bool isNew = function.parameterByName.emplace(field.Required("name"), function.parameters.size()).second;
     if (!isNew) throw field.AttributeError("name", "is the name of another parameter as well");
     function.parameters.push_back(ReadDataType(field));
@@ -21,6 +23,8 @@ void ReadParameters(const Element& element, DeclaredFunction& function) {
 }
 
 DeclaredFunction ReadFunction(const Element& element, std::size_t visibleDictionaries) {
+  RefuseUnknownBesideExpressions(element, {"ParameterField"});
+  (void)ReadOpType(element);  // without influence
   DeclaredFunction function;
   function.name = element.Required("name");
   function.type = ReadDataType(element);

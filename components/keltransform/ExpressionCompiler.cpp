@@ -69,6 +69,7 @@ std::vector<std::string> ReadOrdinalValues(const Element& derivedField) {
 }
 
 Element RequiredExpression(const Element& derivedField) {
+  RefuseUnknownBesideExpressions(derivedField, {"Value", "Interval"});
   const Element expression = FindExpression(derivedField);
   if (!expression) throw derivedField.Error("it has no expression that is known");
   for (Element other = expression.NextSibling(); other; other = other.NextSibling()) {

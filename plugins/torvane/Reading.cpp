@@ -1,8 +1,6 @@
 #include "plugins/torvane/Reading.h"
 
-#include <algorithm>
 #include <cmath>
-#include <span>
 #include <vector>
 
 namespace Torvane {
@@ -11,32 +9,11 @@ using KelTransformNS::Cell;
 using KelTransformNS::DataType;
 using KelTransformNS::TextPool;
 
-namespace {
-
-void RefuseOthers(const Element& element, std::span<const std::string_view> known) {
-  for (Element child = element.FirstChild(); child; child = child.NextSibling()) {
-    const bool isKnown = std::find(known.begin(), known.end(), child.Name()) != known.end();
-    if (!isKnown && !IsIgnorable(child)) {
-      throw child.Error("is not supported in <" + std::string(element.Name()) + ">");
-    }
-  }
-}
-
-}  // namespace
-
 void ThrowUnknownWord(const Element& element, std::string_view attribute, const std::string& knownWords) {
   throw element.AttributeError(attribute, "isn't one of: " + knownWords);
 }
 
-bool IsIgnorable(const Element& element) noexcept {
-  return element.Is("Extension") || element.Name().starts_with("X-");
-}
-
 bool IsComposed(const Element& model) noexcept { return model.Is("Regression") || model.Is("DecisionTree"); }
-
-void RefuseUnknownChildren(const Element& element, std::initializer_list<std::string_view> known) {
-  RefuseOthers(element, {known.begin(), known.size()});
-}
 
 std::optional<double> ReadFinite(const Element& element, std::string_view attribute) {
   const std::optional<double> number = element.Number(attribute);
@@ -62,7 +39,7 @@ void RefuseUnknownModelChildren(const Element& model, std::initializer_list<std:
                                          "ModelVerification"};
   known.insert(known.end(), body.begin(), body.end());
   if (IsComposed(model)) known.push_back("ResultField");
-  RefuseOthers(model, known);
+  RefuseUnknownChildren(model, known);
   RefuseSecond(model, {"MiningSchema", "Output", "Targets", "LocalTransformations"});
 }
 

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "components/kelparsexml/ElementTree.h"
+#include "components/keltransform/Attributes.h"
 #include "components/keltransform/Cell.h"
 
 namespace Torvane {
@@ -53,15 +54,13 @@ Enum ReadRequiredWord(const Element& element, std::string_view attribute, const 
   return ReadWord(element, attribute, words, words[0].value);
 }
 
-/// Whether an element has no influence on scores wherever it stands: "Extension" and names that begin with "X-".
-[[nodiscard]] bool IsIgnorable(const Element& element) noexcept;
+using KelTransformNS::IsIgnorable;
+using KelTransformNS::RefuseUnknownChildren;
+
 /// Whether an element is a model by the older way of composing them, without a schema of its own.
 [[nodiscard]] bool IsComposed(const Element& model) noexcept;
-/// Throws for the first child of `element` that is neither among `known` nor ignorable: leaving out what isn't
-/// understood could change the scores.
-void RefuseUnknownChildren(const Element& element, std::initializer_list<std::string_view> known);
-
-/// The same for a model element: what every kind may hold (each but once), and the elements of this kind's body.
+/// The same as `RefuseUnknownChildren` for a model element: what every kind may hold (each but once), and the elements
+/// of this kind's body.
 void RefuseUnknownModelChildren(const Element& model, std::initializer_list<std::string_view> body);
 
 /// Throws for a second child of one of the names, of which an element may have one only: the reader would pass over it.

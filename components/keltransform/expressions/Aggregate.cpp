@@ -52,6 +52,7 @@ DataType ResultType(const Element& element, GroupFunction function, DataType typ
 
 // The values are joined where the record is read, so there is nothing left to compute here.
 CompiledValue CompileAggregate(const Element& element, ExpressionContext& context) {
+  RefuseUnknownChildren(element, {});
   const GroupFunction function = ReadFunction(element);
   RefuseChoice(element);
   const CompiledValue joined = context.findGroup(element.Required("field"), function, element);

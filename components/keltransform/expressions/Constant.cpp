@@ -29,6 +29,7 @@ bool IsMissing(const Element& element, DataType type) {
 }  // namespace
 
 CompiledValue CompileConstant(const Element& element, ExpressionContext& context) {
+  RefuseUnknownChildren(element, {});
   const DataType type = TypeOf(element, context);
   if (IsMissing(element, type)) return context.code.Constant(Cell::Missing(), type);
   return context.code.Constant(ReadTextLiteral(element, element.Text(), type, context.code.Pool()), type);

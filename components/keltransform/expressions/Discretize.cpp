@@ -1,3 +1,4 @@
+#include "components/keltransform/Attributes.h"
 #include "components/keltransform/expressions/Expressions.h"
 
 namespace KelTransformNS {
@@ -7,10 +8,12 @@ using KelXML_1_3::Element;
 namespace {
 
 DiscretizeTable::Bin ReadBin(const Element& element, DataType type, TextPool& pool) {
+  RefuseUnknownChildren(element, {"Interval"});
   return {ReadInterval(element.RequiredChild("Interval")), ReadLiteralOf(element, "binValue", type, pool)};
 }
 
 std::vector<DiscretizeTable::Bin> ReadBins(const Element& element, DataType type, TextPool& pool) {
+  RefuseUnknownChildren(element, {"DiscretizeBin"});
   std::vector<DiscretizeTable::Bin> bins;
   for (Element child = element.Child("DiscretizeBin"); child; child = child.Next("DiscretizeBin")) {
     bins.push_back(ReadBin(child, type, pool));

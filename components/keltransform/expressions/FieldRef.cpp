@@ -1,3 +1,4 @@
+#include "components/keltransform/Attributes.h"
 #include "components/keltransform/expressions/Expressions.h"
 
 namespace KelTransformNS {
@@ -6,6 +7,7 @@ using KelXML_1_3::Element;
 
 // A plain reference needs no code: its value is the field's own cell.
 CompiledValue CompileFieldRef(const Element& element, ExpressionContext& context) {
+  RefuseUnknownChildren(element, {});
   const CompiledValue field = CompileField(element, context);
   const Cell whenMissing = ReadOptionalLiteralOf(element, "mapMissingTo", field.type, context.code.Pool());
   if (whenMissing.IsMissing()) return field;

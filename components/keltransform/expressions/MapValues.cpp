@@ -23,6 +23,7 @@ struct KeyColumn {
 std::vector<KeyColumn> CompileKeyColumns(const Element& element, ExpressionContext& context) {
   std::vector<KeyColumn> columns;
   for (Element pair = element.Child("FieldColumnPair"); pair; pair = pair.Next("FieldColumnPair")) {
+    RefuseUnknownChildren(pair, {});
     columns.push_back({CompileField(pair, context), LocalName(pair.Required("column")), pair});
   }
   return columns;
@@ -44,6 +45,7 @@ class TableReader {
   }
 
   void Read(const Element& inlineTable) {
+    RefuseUnknownChildren(inlineTable, {"row"});
     for (Element row = inlineTable.Child("row"); row; row = row.Next("row")) ReadRow(row);
     if (inlineTable.Child("row")) CheckColumns();
   }
@@ -61,7 +63,9 @@ class TableReader {
     for (auto& [name, cell] : fCells) cell = Element();
     for (Element child = row.FirstChild(); child; child = child.NextSibling()) {
       const auto column = fCells.find(child.Name());
-      if (column != fCells.end() && !column->second) column->second = child;
+      if (column == fCells.end() || column->second) continue;
+      RefuseUnknownChildren(child, {});
+      column->second = child;
     }
   }
 
@@ -123,6 +127,7 @@ std::vector<Operand> OperandsOf(const std::vector<KeyColumn>& columns) {
 
 // Without a table it tells records with a missing input from others.
 CompiledValue CompileMapValues(const Element& element, ExpressionContext& context) {
+  RefuseUnknownChildren(element, {"FieldColumnPair", "InlineTable", "TableLocator"});
   const Element locator = element.Child("TableLocator");
   if (locator) throw locator.Error("a table outside the document isn't supported");
   std::vector<KeyColumn> columns = CompileKeyColumns(element, context);

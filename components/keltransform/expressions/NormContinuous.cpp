@@ -21,8 +21,10 @@ double ReadFinite(const Element& element, std::string_view attribute) {
 }
 
 std::vector<NormPoint> ReadPoints(const Element& element) {
+  RefuseUnknownChildren(element, {"LinearNorm"});
   std::vector<NormPoint> points;
   for (Element child = element.Child("LinearNorm"); child; child = child.Next("LinearNorm")) {
+    RefuseUnknownChildren(child, {});
     points.push_back({ReadFinite(child, "orig"), ReadFinite(child, "norm")});
   }
   return points;

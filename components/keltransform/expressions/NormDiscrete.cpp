@@ -1,3 +1,4 @@
+#include "components/keltransform/Attributes.h"
 #include "components/keltransform/expressions/Expressions.h"
 
 namespace KelTransformNS {
@@ -14,6 +15,7 @@ void CheckMethod(const Element& element) {
 }  // namespace
 
 CompiledValue CompileNormDiscrete(const Element& element, ExpressionContext& context) {
+  RefuseUnknownChildren(element, {});
   CheckMethod(element);
   const CompiledValue input = CompileField(element, context);
   TextPool& pool = context.code.Pool();

@@ -106,6 +106,7 @@ Cell TextIndexTable::Evaluate(std::uint32_t index, const Cell& text) const noexc
 }
 
 CompiledValue CompileTextIndex(const Element& element, ExpressionContext& context) {
+  RefuseUnknownBesideExpressions(element, {"TextIndexNormalization"});
   const CompiledValue field = context.findField(element.Required("textField"), element);
   const CompiledValue text = context.code.Converted(field, DataType::kString, element);
   const TermWeights weights = ReadEnum(element, "localTermWeights", kWeights, TermWeights::kTermFrequency);

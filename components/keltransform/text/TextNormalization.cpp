@@ -18,14 +18,20 @@ std::string_view ColumnName(const Element& element, std::string_view attribute, 
   return LocalName(element.Attribute(attribute).value_or(otherwise));
 }
 
-std::string_view RequiredCell(const Element& row, std::string_view column) {
+Element FindCell(const Element& row, std::string_view column) {
   const Element cell = row.Child(column);
+  RefuseUnknownChildren(cell, {});
+  return cell;
+}
+
+std::string_view RequiredCell(const Element& row, std::string_view column) {
+  const Element cell = FindCell(row, column);
   if (!cell) throw row.Error("it has no column " + Quoted(column));
   return cell.Text();
 }
 
 bool ReadFlag(const Element& row, std::string_view column) {
-  const Element cell = row.Child(column);
+  const Element cell = FindCell(row, column);
   if (!cell) return false;
   const std::string_view text = cell.Text();
   if (text == "true" || text == "1") return true;
@@ -54,6 +60,16 @@ Term WordsOf(std::string_view text, const RegularExpression& separator, bool isC
   return term;
 }
 
+// Rows may lack the column, but one that is named and that no row has is a mistake in the document.
+void CheckRegexColumn(const Element& element, const Element& table) {
+  const auto name = element.Attribute("regexField");
+  if (!name || !table.Child("row")) return;
+  for (Element row = table.Child("row"); row; row = row.Next("row")) {
+    if (row.Child(LocalName(*name))) return;
+  }
+  throw element.AttributeError("regexField", "no row has this column");
+}
+
 }  // namespace
 
 std::string LiteralPattern(std::string_view text) {
@@ -69,10 +85,13 @@ std::string LiteralPattern(std::string_view text) {
 TextNormalization::TextNormalization(const Element& element, const WordSettings& outer)
     : fSettings(ReadWordSettings(element, outer)), fIsRecursive(element.Boolean("recursive", false)) {
   if (fSettings.isTokenized) fSeparator = std::make_unique<RegularExpression>(fSettings.separator, true, element);
+  RefuseUnknownChildren(element, {"InlineTable", "TableLocator"});
   const Element locator = element.Child("TableLocator");
   if (locator) throw locator.Error("a table outside the document isn't supported");
   const Element table = element.RequiredChild("InlineTable");
+  RefuseUnknownChildren(table, {"row"});
   for (Element row = table.Child("row"); row; row = row.Next("row")) ReadRow(row, element);
+  CheckRegexColumn(element, table);
 }
 
 void TextNormalization::ReadRow(const Element& row, const Element& element) {

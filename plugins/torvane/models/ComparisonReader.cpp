@@ -81,6 +81,7 @@ void ComparisonReader::ReadMeasure(const Element& element) {
   RefuseUnknownChildren(element, {"euclidean", "squaredEuclidean", "chebychev", "cityBlock", "minkowski",
                                   "simpleMatching", "jaccard", "tanimoto", "binarySimilarity"});
   if (!found) throw element.Error("names no measure");
+  RefuseUnknownChildren(found, {});
   if (fMeasure.fAggregation == Aggregation::kMinkowski) {
     fMeasure.fPower = RequiredFinite(found, "p-parameter");
     if (!(fMeasure.fPower > 0.0)) throw found.AttributeError("p-parameter", "isn't above 0");

@@ -11,6 +11,7 @@ InstanceTable::InstanceTable(const Element& trainingInstances)
   const Element fields = trainingInstances.RequiredChild("InstanceFields");
   RefuseUnknownChildren(fields, {"InstanceField"});
   for (Element child = fields.Child("InstanceField"); child; child = child.Next("InstanceField")) {
+    RefuseUnknownChildren(child, {});
     const std::string_view field = child.Required("field");
     const std::string_view name = child.Attribute("column").value_or(field);
     const std::size_t column = fByColumn.emplace(name, fByColumn.size()).first->second;
@@ -48,6 +49,7 @@ bool InstanceTable::ReadRow() {
   for (Element cell = fRow.FirstChild(); cell; cell = cell.NextSibling()) {
     const auto column = fByColumn.find(cell.Name());
     if (column == fByColumn.end()) continue;
+    RefuseUnknownChildren(cell, {});
     if (fTexts[column->second]) throw cell.Error("stands in its row twice");
     if (!cell.Text().empty()) fTexts[column->second] = cell.Text();
   }

@@ -214,6 +214,7 @@ void MiningReader::ReadWeight(const Element& element, Segment& segment) {
   if (segment.weight < 0.0) throw element.AttributeError("weight", "is below 0");
   const Element variable = element.Child("VariableWeight");
   if (!variable) return;
+  RefuseUnknownChildren(variable, {});
   if (variable.Next("VariableWeight")) throw variable.Next("VariableWeight").Error("is a second one of its segment");
   segment.weightSlot = fScope.ResolveNumeric(variable.Required("field"), variable).slot;
 }

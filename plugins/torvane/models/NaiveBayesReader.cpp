@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "components/keltransform/ExpressionCompiler.h"
+#include "plugins/torvane/models/Parts.h"
 
 namespace Torvane {
 
@@ -143,8 +144,7 @@ NaiveBayesReader::Source NaiveBayesReader::ReadSource(const Element& element) {
 }
 
 NaiveBayesReader::Source NaiveBayesReader::CompileDerived(const Element& derived) {
-  const Element expression = KelTransformNS::FindExpression(derived);
-  if (!expression) throw derived.Error("has no expression");
+  const Element expression = OnlyExpression(derived);
   const DataType type = ReadDataType(derived);
   return {fScope.Compiler().CompileExpression(expression, type).slot, type};
 }

@@ -17,6 +17,7 @@ namespace {
 std::vector<NormPoint> ReadInversePoints(const Element& element) {
   std::vector<NormPoint> points;
   for (Element child = element.Child("LinearNorm"); child; child = child.Next("LinearNorm")) {
+    RefuseUnknownChildren(child, {});
     points.push_back({RequiredFinite(child, "norm"), RequiredFinite(child, "orig")});
   }
   std::sort(points.begin(), points.end(), [](const NormPoint& a, const NormPoint& b) { return a.orig < b.orig; });
@@ -62,6 +63,7 @@ NeuralTarget::Chain NeuralTarget::Follow(Element derivedField) {
     } else if (!expression.Is("FieldRef")) {
       throw expression.Error("can't be read backwards in a NeuralOutput");
     }
+    if (!expression.Is("NormContinuous")) RefuseUnknownChildren(expression, {});
     const std::string_view field = expression.Required("field");
     const auto next = fDerivedFields.find(field);
     if (next == fDerivedFields.end()) {
@@ -92,8 +94,7 @@ void NeuralTarget::AddInverse(const Element& element, KelTransformNS::NormContin
   RefuseUnknownChildren(element, {"LinearNorm"});
   const std::vector<NormPoint> points = ReadInversePoints(element);
   if (points.size() < 2) throw element.Error("needs two LinearNorm at least");
-  if (!IsMonotonic(points))
-    throw element.Error("neither rises nor falls all along, so that it can't be read backwards");
+  if (!IsMonotonic(points)) throw element.Error("neither rises nor falls all along, which can't be read backwards");
   if (Overflows(points.front(), points.back())) throw element.Error("has LinearNorm that lie too far apart");
   table.Append(points, ReadWord(element, "outliers", kOutliers, Outliers::kAsIs), Cell::Missing());
 }

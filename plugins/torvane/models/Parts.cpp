@@ -17,6 +17,8 @@ void CheckCount(const Element& element, std::string_view attribute, std::size_t 
 }
 
 Element OnlyExpression(const Element& derivedField) {
+  (void)KelTransformNS::ReadOpType(derivedField);  // without influence
+  (void)KelTransformNS::ReadDataType(derivedField);
   Element expression;
   for (Element child = derivedField.FirstChild(); child; child = child.NextSibling()) {
     if (child.Is("Value") || IsIgnorable(child)) continue;

@@ -53,6 +53,7 @@ void RuleSetReader::ReadCriterion(const Element& ruleSet) {
                                                   {"weightedSum", Criterion::kWeightedSum}};
   const Element method = ruleSet.RequiredChild("RuleSelectionMethod");
   for (Element other = method; other; other = other.Next("RuleSelectionMethod")) {
+    RefuseUnknownChildren(other, {});
     (void)ReadRequiredWord(other, "criterion", kCriteria);
   }
   fModel->fCriterion = ReadRequiredWord(method, "criterion", kCriteria);
@@ -153,6 +154,7 @@ void RuleSetReader::ReadShares(const Element& element, const Rule& rule) {
   const std::size_t begin = fModel->fShares.size();
   double sum = 0.0;
   for (Element child = first; child; child = child.Next("ScoreDistribution")) {
+    RefuseUnknownChildren(child, {});
     const std::uint32_t category = fTarget.AddCategory(child, "value", child.Required("value"));
     if (!known.insert(category).second) throw child.AttributeError("value", "stands there twice");
     const double records = ReadRecords(child, attribute);

@@ -194,8 +194,8 @@ void SupportVectorReader::ReadMachine(const Element& element) {
   RefuseUnknownChildren(coefficients, {"Coefficient"});
   Machine machine;
   machine.constant = ReadFinite(coefficients, "absoluteValue").value_or(0.0);
-  const std::optional<double> threshold = ReadFinite(element, "threshold");
-  machine.threshold = threshold ? *threshold : ReadFinite(fElement, "threshold").value_or(0.0);
+  const double threshold = ReadFinite(fElement, "threshold").value_or(0.0);
+  machine.threshold = ReadFinite(element, "threshold").value_or(threshold);
   ReadTerms(element, coefficients);
   machine.endTerm = static_cast<std::uint32_t>(fModel->fTerms.size());
   fModel->fMachines.push_back(machine);
@@ -205,6 +205,7 @@ void SupportVectorReader::ReadTerms(const Element& machine, const Element& coeff
   const std::vector<std::uint32_t> places = fModel->fIsOfVectors ? ReadPlaces(machine) : FieldPlaces(machine);
   std::size_t count = 0;
   for (Element child = coefficients.Child("Coefficient"); child; child = child.Next("Coefficient"), ++count) {
+    RefuseUnknownChildren(child, {});
     const double value = ReadFinite(child, "value").value_or(0.0);
     if (count < places.size()) fModel->fTerms.push_back({value, places[count]});
   }
@@ -219,6 +220,7 @@ std::vector<std::uint32_t> SupportVectorReader::ReadPlaces(const Element& machin
   RefuseUnknownChildren(vectors, {"SupportVector"});
   std::vector<std::uint32_t> places;
   for (Element child = vectors.Child("SupportVector"); child; child = child.Next("SupportVector")) {
+    RefuseUnknownChildren(child, {});
     const auto found = fInstances.find(child.Required("vectorId"));
     if (found == fInstances.end()) throw child.AttributeError("vectorId", "isn't in the dictionary of vectors");
     fIsUsed[found->second] = true;

@@ -147,9 +147,11 @@ void TreeReader::ReadPredicate(const Element& element) {
 
 void TreeReader::ReadDistribution(const Element& element) {
   fEntries.clear();
-  if (!fTree->fIsClassification) return;
   for (Element child = element.Child("ScoreDistribution"); child; child = child.Next("ScoreDistribution")) {
-    fEntries.push_back({fTarget.AddCategory(child, "value", child.Required("value")), ReadCount(child),
+    RefuseUnknownChildren(child, {});
+    const double count = ReadCount(child);
+    if (!fTree->fIsClassification) continue;
+    fEntries.push_back({fTarget.AddCategory(child, "value", child.Required("value")), count,
                         ReadShare(child, "confidence"), ReadShare(child, "probability")});
   }
 }

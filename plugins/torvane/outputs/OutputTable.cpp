@@ -83,10 +83,18 @@ Cell NumberOrMissing(double number, DataType type) noexcept {
   return std::isnan(number) ? Cell::Missing() : Converted(number, type);
 }
 
-Element FindExpression(const Element& outputField) {
-  Element child = outputField.FirstChild();
-  while (child && (IsIgnorable(child) || child.Is("Decisions") || child.Is("Value"))) child = child.NextSibling();
+bool IsPassedOver(const Element& child) { return IsIgnorable(child) || child.Is("Decisions") || child.Is("Value"); }
+
+Element SkipPassedOver(Element child) {
+  while (child && IsPassedOver(child)) child = child.NextSibling();
   return child;
+}
+
+Element FindExpression(const Element& outputField) { return SkipPassedOver(outputField.FirstChild()); }
+
+void RefuseSecondExpression(const Element& outputField) {
+  const Element second = SkipPassedOver(FindExpression(outputField).NextSibling());
+  if (second) throw second.Error("stands beside the expression of its output");
 }
 
 }  // namespace
@@ -294,6 +302,7 @@ void OutputTable::ReadFeature(const FieldScope& scope, const Element& element, O
 }
 
 void OutputTable::CheckAttributes(const Element& element) const {
+  (void)KelTransformNS::ReadOpType(element);  // without influence
   const auto target = element.Attribute("targetField");
   if (target && !fTarget.Name().empty() && *target != fTarget.Name()) {
     throw element.AttributeError("targetField", "isn't the target of the model");
@@ -303,6 +312,7 @@ void OutputTable::CheckAttributes(const Element& element) const {
 
 void OutputTable::ReadExpression(FieldScope& scope, const Element& element, Output& output) {
   const Element expression = FindExpression(element);
+  RefuseSecondExpression(element);
   if (!expression) return ReadNamedOutput(element, output);
   const KelTransformNS::ResolvedField field = scope.Compiler().CompileExpression(expression, ReadDataType(element));
   output.slot = field.slot;

@@ -177,6 +177,7 @@ Test PredicateCompiler::CompileLeaf(const Element& predicate) {
   Test test;
   test.kind = predicate.Is("True") ? TestKind::kAlways : TestKind::kNever;
   if (test.kind == TestKind::kNever && !predicate.Is("False")) throw predicate.Error("is no predicate");
+  RefuseUnknownChildren(predicate, {});
   return test;
 }
 

@@ -49,7 +49,7 @@ INSTANTIATE_TEST_SUITE_P(
                     R"(<Aggregate field="z"> line 20: there is no such field whose values)"},
         RefusalCase{"aggregate_derived", R"(<Aggregate field="bad" function="sum"/>)", "depends on itself"},
         RefusalCase{"lag", R"(<Lag field="x"/>)", "<Lag> line 20"},
-        RefusalCase{"unknown_element", "<Quantile/>", "no expression"},
+        RefusalCase{"unknown_element", "<Quantile/>", "<Quantile> line 20: is not supported"},
         RefusalCase{"no_expression", "", "no expression"},
         RefusalCase{"two_expressions", R"(<FieldRef field="x"/><Constant>1</Constant>)", "<Constant> line 20"},
         RefusalCase{"unknown_field", R"(<FieldRef field="z"/>)",
