@@ -6,6 +6,7 @@
 #include <array>
 #include <bit>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <string>
 #include <vector>
@@ -156,10 +157,17 @@ class Masks : NamedLimit {
   }
 
  private:
+  using Row [[gnu::vector_size(16)]] = std::uint8_t;
   struct Feature {
     std::vector<double> limits;
     std::vector<std::uint8_t> rows;
   };
+
+  static Row Load(const std::uint8_t* masks) {
+    Row row;
+    std::memcpy(&row, masks, sizeof(row));
+    return row;
+  }
 
   std::uint8_t Fill(const EnsembleDocument::Tree& tree, int at, std::size_t index, std::uint8_t& next) {
     const EnsembleDocument::Node& node = tree[static_cast<std::size_t>(at)];
@@ -185,7 +193,7 @@ class Masks : NamedLimit {
       const double* first = limits.data();
       for (std::size_t length = limits.size(); length > 1;) {
         const std::size_t half = length / 2;
-        first += first[half - 1] < numbers[i] ? half : 0;
+        first += half * static_cast<std::size_t>(first[half - 1] < numbers[i]);
         length -= half;
       }
       const auto row = static_cast<std::size_t>(first - limits.data()) + (*first < numbers[i] ? 1 : 0);
@@ -193,14 +201,11 @@ class Masks : NamedLimit {
     }
     double sum = 0.0;
     for (std::size_t begin = 0; begin < fTreeCount; begin += 16) {
-      std::array<std::uint8_t, 16> masks;
-      std::copy_n(rows[0] + begin, 16, masks.begin());
-      for (std::size_t i = 1; i < fFeatures.size(); ++i) {
-        for (std::size_t lane = 0; lane < 16; ++lane) masks[lane] &= rows[i][begin + lane];
-      }
+      Row masks = Load(rows[0] + begin);
+      for (std::size_t i = 1; i < fFeatures.size(); ++i) masks &= Load(rows[i] + begin);
       const std::size_t end = std::min<std::size_t>(16, fTreeCount - begin);
       for (std::size_t lane = 0; lane < end; ++lane) {
-        sum += fScores[8 * (begin + lane) + static_cast<std::size_t>(std::countr_zero(masks[lane]))];
+        sum += fScores[8 * (begin + lane) + static_cast<std::size_t>(std::countr_zero<std::uint8_t>(masks[lane]))];
       }
     }
     return sum;

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <bit>
+#include <cstring>
 #include <limits>
 
 #include "plugins/torvane/models/PlainTrees.h"
@@ -9,6 +10,7 @@ namespace {
 
 // The tables of all features together. Beyond that a walk costs less than fetching them.
 constexpr std::size_t kLargestTables = std::size_t{192} * 1024;
+constexpr std::uint32_t kMostFeatures = 64;
 
 // One split of a tree, and the leaves that numbers above its limit, or up to it, rule out.
 struct Cut {
@@ -37,7 +39,15 @@ class MaskedTrees final : public LeafFinder {
   void Find(const double* features, std::uint32_t* leaves) const noexcept override;
 
  private:
-  static constexpr std::size_t kPadding = 16 / sizeof(Mask);  // rows are whole vectors of the machine
+  // Rows are whole vectors of the machine. A compiler left to itself ands them mask by mask.
+  static constexpr std::size_t kPadding = 16 / sizeof(Mask);
+  using Masks [[gnu::vector_size(16)]] = Mask;
+
+  static Masks Load(const Mask* row) noexcept {
+    Masks masks;
+    std::memcpy(&masks, row, sizeof(masks));
+    return masks;
+  }
 
   // The limits of one feature, ascending, and its table: a row for each interval, with a mask for each tree.
   struct Feature {
@@ -50,7 +60,7 @@ class MaskedTrees final : public LeafFinder {
     const double* first = feature.limits.data();
     for (std::size_t length = feature.limits.size(); length > 1;) {
       const std::size_t half = length / 2;
-      first += first[half - 1] < number ? half : 0;
+      first += half * static_cast<std::size_t>(first[half - 1] < number);  // no branch that can't be foretold
       length -= half;
     }
     const auto interval = static_cast<std::size_t>(first - feature.limits.data()) + (*first < number ? 1 : 0);
@@ -86,23 +96,18 @@ MaskedTrees<Mask>::MaskedTrees(const PlainTrees& trees, const std::vector<Cut>& 
   }
 }
 
-// Blocks of trees, so that the masks stay in registers from feature to feature.
+// Blocks of trees, so that the masks stay in a register from feature to feature.
 template <typename Mask>
 void MaskedTrees<Mask>::Find(const double* features, std::uint32_t* leaves) const noexcept {
-  constexpr std::size_t kMostFeatures = 64;
   const Mask* rows[kMostFeatures];
   const std::size_t featureCount = fFeatures.size();
   for (std::size_t i = 0; i < featureCount; ++i) rows[i] = RowOf(fFeatures[i], features[fFeatures[i].feature]);
   for (std::size_t first = 0; first < fStride; first += kPadding) {
-    Mask masks[kPadding];
-    for (std::size_t i = 0; i < kPadding; ++i) masks[i] = rows[0][first + i];
-    for (std::size_t feature = 1; feature < featureCount; ++feature) {
-      const Mask* const row = rows[feature] + first;
-      for (std::size_t i = 0; i < kPadding; ++i) masks[i] &= row[i];
-    }
+    Masks masks = Load(rows[0] + first);
+    for (std::size_t feature = 1; feature < featureCount; ++feature) masks &= Load(rows[feature] + first);
     const std::size_t count = std::min(kPadding, fTreeCount - first);
     for (std::size_t i = 0; i < count; ++i) {
-      leaves[first + i] = fFirstLeaves[first + i] + static_cast<std::uint32_t>(std::countr_zero(masks[i]));
+      leaves[first + i] = fFirstLeaves[first + i] + static_cast<std::uint32_t>(std::countr_zero<Mask>(masks[i]));
     }
   }
 }
@@ -120,7 +125,6 @@ std::vector<std::vector<double>> LimitsOf(const std::vector<Cut>& cuts, std::uin
 }  // namespace
 
 std::unique_ptr<const LeafFinder> TryMakeMaskedTrees(const PlainTrees& trees) {
-  constexpr std::uint32_t kMostFeatures = 64;
   std::uint32_t leafCount = 0;
   for (const PlainTrees::Tree& tree : trees.trees) leafCount = std::max(leafCount, tree.leafCount);
   if (leafCount > 64 || trees.featureCount == 0 || trees.featureCount > kMostFeatures) return nullptr;
