@@ -127,22 +127,14 @@ void CompiledModel::AddFurther(FieldScope& scope, const Element& model, const Mo
 void CompiledModel::CountNumbers() noexcept {
   static_assert(alignof(RankedEntity) == alignof(double) && sizeof(RankedEntity) % sizeof(double) == 0);
   fCategoryCount = static_cast<std::uint32_t>(fTarget->Categories().size());
-  fNumberCount = std::size_t{2} * fCategoryCount + fBody->ScratchCount() +
+  fScratchCount = fBody->ScratchCount();
+  fNumberCount = std::size_t{2} * fCategoryCount + fScratchCount +
                  fBody->RankingCapacity() * (sizeof(RankedEntity) / sizeof(double));
 }
 
 const ModelBody* CompiledModel::BareBody() const noexcept {
   const bool isBare = fOutputs == nullptr && fSegmentInputs.empty() && fDerived.IsEmpty() && !fTarget->Adjusts();
   return isBare ? fBody.get() : nullptr;
-}
-
-Prediction CompiledModel::MakePrediction(double* numbers) const noexcept {
-  Prediction prediction;
-  prediction.probabilities = numbers;
-  prediction.confidences = prediction.probabilities + fCategoryCount;
-  prediction.scratch = prediction.confidences + fCategoryCount;
-  prediction.ranking = reinterpret_cast<RankedEntity*>(prediction.scratch + fBody->ScratchCount());
-  return prediction;
 }
 
 void CompiledModel::Evaluate(KelTransformNS::Frame frame, Prediction& prediction) const {

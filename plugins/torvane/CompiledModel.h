@@ -43,7 +43,14 @@ class CompiledModel {
   /// The numbers that the arrays of a prediction take.
   [[nodiscard]] std::size_t NumberCount() const noexcept { return fNumberCount; }
   /// A prediction whose arrays stand in `numbers`.
-  [[nodiscard]] Prediction MakePrediction(double* numbers) const noexcept;
+  [[nodiscard]] Prediction MakePrediction(double* numbers) const noexcept {
+    Prediction prediction;
+    prediction.probabilities = numbers;
+    prediction.confidences = prediction.probabilities + fCategoryCount;
+    prediction.scratch = prediction.confidences + fCategoryCount;
+    prediction.ranking = reinterpret_cast<RankedEntity*>(prediction.scratch + fScratchCount);
+    return prediction;
+  }
 
   /// Evaluates a frame whose input slots are filled. `prediction` has its arrays, and what is wanted, set.
   void Evaluate(KelTransformNS::Frame frame, Prediction& prediction) const;
@@ -77,6 +84,7 @@ class CompiledModel {
   std::vector<std::unique_ptr<const CompiledModel>> fFurther;  // without inputs and derived fields
   std::uint32_t fSlotCount = 0;
   std::uint32_t fCategoryCount = 0;
+  std::size_t fScratchCount = 0;
   std::size_t fNumberCount = 0;
 };
 
