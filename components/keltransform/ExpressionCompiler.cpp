@@ -240,8 +240,8 @@ ResolvedField ExpressionCompiler::CompileExpression(const Element& expression, s
 
 Program ExpressionCompiler::Finish() { return fImpl->code.Finish(); }
 
-void ExpressionCompiler::SetVersion(std::string_view version) noexcept {
-  fImpl->functions.mapsMissingResults = version.starts_with("4.1");
+void ExpressionCompiler::SetMapsMissingResults(bool mapsMissingResults) noexcept {
+  fImpl->functions.mapsMissingResults = mapsMissingResults;
 }
 
 void ExpressionCompiler::SetGroups(GroupLookup groups) { fImpl->groupLookup = std::move(groups); }

@@ -88,9 +88,9 @@ class KEL_EXPORT ExpressionCompiler {
   /// gets one program for its derived fields, and another for its outputs.
   [[nodiscard]] Program Finish();
 
-  /// The "version" of the document, before anything is compiled: versions 4.1 and 4.2 give one attribute of "Apply"
-  /// different meanings. Without it the later one holds.
-  void SetVersion(std::string_view version) noexcept;
+  /// Whether "mapMissingTo" of "Apply" stands for a missing result, as version 4.1 has it, and not for a missing
+  /// argument as all later versions do. Called before anything is compiled.
+  void SetMapsMissingResults(bool mapsMissingResults) noexcept;
 
   /// Gives the slot of an input field's values, joined by a function, with the type of the values; nothing if the model
   /// can't see such a field. Called once for each name and function, for "Aggregate" expressions, which are refused as

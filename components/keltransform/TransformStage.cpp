@@ -18,7 +18,7 @@ class StageBuilder {
         fPool(pool),
         fStage(std::make_unique<TransformStage>()),
         fCompiler(pool, [this](std::string_view name) { return FindInput(name); }) {
-    fCompiler.SetVersion(version);
+    fCompiler.SetMapsMissingResults(version.starts_with("4.1"));
     fCompiler.SetGroups([this](std::string_view name, GroupFunction function) { return FindGroup(name, function); });
     fStage->data = DataDictionary(dataDictionary);
     const std::uint32_t usedSlots = earlier.empty() ? 0 : earlier.back()->slotCount;

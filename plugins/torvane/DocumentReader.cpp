@@ -77,10 +77,14 @@ std::unique_ptr<TorvaneScorer> MakeScorer(const Element& root, const std::string
   auto pool = std::make_unique<KelTransformNS::TextPool>();
   const int version = ReadVersion(root);
   const Element model = FindModel(root, modelType);
+  Expansion expansion;
+  DeclaredCategories categories;
   const Document document{root,
                           version,
                           KelTransformNS::DataDictionary(root.Child("DataDictionary")),
                           *pool,
+                          expansion,
+                          categories,
                           ReadsAllDerivedFields(settings),
                           stream};
   auto compiled = CompiledModel::Build(model, document);

@@ -46,7 +46,7 @@ FieldScope::FieldScope(const Document& document, const Element& model)
     : fDocument(document),
       fSchema(ReadMiningSchema(model.RequiredChild("MiningSchema"))),
       fCompiler(document.pool, fOwnSlots, [this](std::string_view name) { return FindInput(name); }) {
-  fCompiler.SetVersion(fDocument.root.Attribute("version").value_or(""));
+  fCompiler.SetMapsMissingResults(fDocument.version == 401);
   fCompiler.SetGroups([this](std::string_view name, auto function) { return FindGroup(name, function); });
   DeclareDerivedFields(model);
   CheckSchema();
@@ -58,7 +58,7 @@ FieldScope::FieldScope(FieldScope& outer, const Element& model)
       fSchema(ReadMiningSchema(model.Child("MiningSchema"))),
       fSeesAll(!model.Child("MiningSchema")),
       fCompiler(fDocument.pool, outer.Slots(), [this](std::string_view name) { return FindInEnsemble(name); }) {
-  fCompiler.SetVersion(fDocument.root.Attribute("version").value_or(""));
+  fCompiler.SetMapsMissingResults(fDocument.version == 401);
   fCompiler.SetGroups([this](std::string_view name, auto function) { return FindGroup(name, function); });
   DeclareSegmentFields(model);
   // A missing value of such a field makes the result invalid even if nothing refers to the field.

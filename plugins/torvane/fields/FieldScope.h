@@ -14,19 +14,23 @@
 #include "components/keltransform/DataDictionary.h"
 #include "components/keltransform/ExpressionCompiler.h"
 #include "components/keltransform/SlotCounter.h"
+#include "plugins/torvane/Expansion.h"
 #include "plugins/torvane/fields/FieldTreatment.h"
 #include "plugins/torvane/fields/MiningSchema.h"
+#include "plugins/torvane/targets/CategoryList.h"
 #include "scoring/common/Value.h"
 #include "scoring/common/ValueRecord.h"
 
 namespace Torvane {
 
-/// What the readers of one document share. The element tree, the dictionary and the pool outlive the building.
+/// What the readers of one document share. All of it outlives the building.
 struct Document {
   Element root;
   int version;  ///< 302 for "3.2", 404 for "4.4.1"
   KelTransformNS::DataDictionary dictionary;
   KelTransformNS::TextPool& pool;
+  Expansion& expansion;
+  DeclaredCategories& categories;
   bool readsAllDerivedFields;  ///< the library computes every derived field of the dictionary into the record
   KelXML_1_3::ElementStream* stream = nullptr;  ///< that hands over the segments of an ensemble; null: a whole tree
 };

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "components/kelparsexml/PmmlArray.h"
-#include "components/kelparsexml/PmmlMatrix.h"
+#include "plugins/torvane/models/Parts.h"
 
 namespace Torvane {
 
@@ -179,7 +179,7 @@ void ComparisonReader::ReadTable(const Element& settings, std::string_view name,
                                  ComparedField& compared) {
   const Element comparisons = settings.RequiredChild("Comparisons");
   RefuseUnknownChildren(comparisons, {"Matrix"});
-  const KelXML_1_3::PmmlMatrix matrix = KelXML_1_3::ReadMatrix(comparisons.RequiredChild("Matrix"));
+  const KelXML_1_3::PmmlMatrix matrix = ReadMatrix(comparisons.RequiredChild("Matrix"), fScope.GetDocument().expansion);
   const std::size_t count = listed.Count();
   if (matrix.Rows() != count || matrix.Columns() != count) {
     throw comparisons.Error("needs a matrix of " + std::to_string(count) + " rows and columns, as many as field " +

@@ -7,10 +7,6 @@ namespace {
 
 constexpr std::uint32_t kNoCategory = ParameterReader::kNoCategory;
 
-// A coefficient of all categories becomes a term of each where its parameter differs between them. A document of some
-// cells could ask for the square of their number.
-constexpr std::size_t kMostTerms = std::size_t{1} << 20;
-
 constexpr Word<int> kDistributions[] = {{"binomial", 0}, {"gamma", 0},   {"igauss", 0}, {"negbin", 0},
                                         {"normal", 0},   {"poisson", 0}, {"tweedie", 0}};
 
@@ -326,10 +322,9 @@ void GeneralRegressionReader::AddShared() {
 void GeneralRegressionReader::AddOwnTerms(std::uint32_t category) {
   fModel->fEquations.push_back({category, fModel->fSums.StartSum()});
   for (const Coefficient& coefficient : fOwn[category]) fParameters->AddTerm(coefficient, category);
+  // A coefficient of all categories becomes a term of each where its parameter differs between them.
+  fScope.GetDocument().expansion.Add(fVaried.size() * ParameterSums::kTermBytes, fElement);
   for (const Coefficient& coefficient : fVaried) fParameters->AddTerm(coefficient, category);
-  if (!fVaried.empty() && fModel->fSums.TermCount() > kMostTerms) {
-    throw fElement.Error("has too many cells of all categories whose parameters differ between categories");
-  }
 }
 
 void GeneralRegressionReader::GroupByCategory() {

@@ -5,6 +5,7 @@
 namespace Torvane {
 
 void Member::MapCategories(const Element& element, Target& target) {
+  if (model->GetTarget().SharesCategories(target)) return;
   const std::vector<Category>& own = model->GetTarget().Categories();
   bool isSame = true;
   for (std::uint32_t i = 0; i < own.size(); ++i) {

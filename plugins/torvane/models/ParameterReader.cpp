@@ -4,6 +4,8 @@
 #include <set>
 #include <string>
 
+#include "plugins/torvane/models/Parts.h"
+
 namespace Torvane {
 
 using KelTransformNS::Cell;
@@ -75,7 +77,7 @@ const Contrast* ParameterReader::ReadContrast(const Element& predictor, const Fi
   const Element matrix = predictor.Child("Matrix");
   const std::vector<Cell> categories = ReadCategories(predictor, field);
   if (CategoryIndex(categories).HasRepeated()) throw predictor.Error("lists a category twice");
-  KelXML_1_3::PmmlMatrix numbers = KelXML_1_3::ReadMatrix(matrix);
+  KelXML_1_3::PmmlMatrix numbers = ReadMatrix(matrix, fScope.GetDocument().expansion);
   const std::size_t count = categories.size();
   if (numbers.Rows() != count || numbers.Columns() > count || numbers.Columns() + 1 < count) {
     throw matrix.Error("isn't of the size that the " + std::to_string(count) + " categories of its predictor ask for");

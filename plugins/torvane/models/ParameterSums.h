@@ -60,6 +60,8 @@ struct ParameterFactor {
 /// Filled while a model is read, immutable afterwards.
 class ParameterSums {
  public:
+  static constexpr std::size_t kTermBytes = 24;
+
   /// Factors that were added together.
   struct Factors {
     std::uint32_t first = 0;
@@ -76,7 +78,6 @@ class ParameterSums {
   /// Ends the last sum; nothing can be added any more.
   void Finish();
 
-  [[nodiscard]] std::size_t TermCount() const noexcept { return fTerms.size(); }
   /// Gives false, and no sum, if a field that the sum needs is missing or has a category that its contrast doesn't
   /// know.
   [[nodiscard]] bool Evaluate(std::uint32_t sum, const KelTransformNS::Cell* frame, double& result) const noexcept;
@@ -90,6 +91,7 @@ class ParameterSums {
     std::uint32_t text;  // of kIsText
     Kind kind;
   };
+  static_assert(sizeof(Term) == kTermBytes);
   struct Product {
     Factors factors;
     Factors more;

@@ -16,6 +16,12 @@ void CheckCount(const Element& element, std::string_view attribute, std::size_t 
   throw element.AttributeError(attribute, "isn't what is there: " + std::to_string(count));
 }
 
+KelXML_1_3::PmmlMatrix ReadMatrix(const Element& matrix, Expansion& expansion) {
+  KelXML_1_3::PmmlMatrix numbers = KelXML_1_3::ReadMatrix(matrix);
+  expansion.Add(numbers.Rows() * numbers.Columns() * sizeof(double), matrix);
+  return numbers;
+}
+
 Element OnlyExpression(const Element& derivedField) {
   (void)KelTransformNS::ReadOpType(derivedField);  // without influence
   (void)KelTransformNS::ReadDataType(derivedField);

@@ -37,9 +37,6 @@ void RequireLength(const Element& array, std::size_t length, std::size_t fieldCo
   throw array.Error("isn't as long as the vector of fields, which has " + std::to_string(fieldCount));
 }
 
-// A few characters can ask for this many numbers: places that an array fills with a default other than 0.
-constexpr std::size_t kMostFilled = 2000;
-
 std::vector<SparseArray::Entry> WithAllPlaces(const std::vector<double>& numbers) {
   std::vector<SparseArray::Entry> entries;
   for (std::uint32_t place = 0; place < numbers.size(); ++place) entries.push_back({place, numbers[place]});
@@ -47,7 +44,7 @@ std::vector<SparseArray::Entry> WithAllPlaces(const std::vector<double>& numbers
 }
 
 // The numbers of a vector with their places; what isn't among them is 0.
-std::vector<SparseArray::Entry> ReadVector(const Element& array, std::size_t fieldCount) {
+std::vector<SparseArray::Entry> ReadVector(const Element& array, std::size_t fieldCount, Expansion& expansion) {
   if (array.Is("Array")) {
     const std::vector<double> numbers = KelXML_1_3::ReadNumberArray(array);
     RequireLength(array, numbers.size(), fieldCount);
@@ -57,7 +54,7 @@ std::vector<SparseArray::Entry> ReadVector(const Element& array, std::size_t fie
   const bool isTooLong = !sparse.entries.empty() && sparse.entries.back().place >= fieldCount;
   RequireLength(array, isTooLong ? sparse.entries.back().place + 1 : sparse.length.value_or(fieldCount), fieldCount);
   if (sparse.defaultValue == 0.0) return std::move(sparse.entries);
-  if (fieldCount > kMostFilled) throw array.AttributeError("defaultValue", "fills too many places of one vector");
+  expansion.Add(fieldCount * sizeof(SparseArray::Entry), array);
   std::vector<double> numbers(fieldCount, sparse.defaultValue);
   for (const SparseArray::Entry& entry : sparse.entries) numbers[entry.place] = entry.value;
   return WithAllPlaces(numbers);
@@ -178,7 +175,7 @@ void SupportVectorReader::ReadInstance(const Element& instance, SparseRows* rows
     array = child;
   }
   if (!array) throw instance.Error("has no array");
-  const std::vector<SparseArray::Entry> entries = ReadVector(array, fModel->fInputs.size());
+  const std::vector<SparseArray::Entry> entries = ReadVector(array, fModel->fInputs.size(), fScope.GetDocument().expansion);
   for (const SparseArray::Entry& entry : entries) {
     if (!std::isfinite(entry.value)) throw array.Error("holds a number that isn't finite");
     if (rows != nullptr && entry.value != 0.0) rows->AddCell(entry.place, entry.value);

@@ -11,7 +11,8 @@ namespace {
 
 // Instances are no records that the library has computed fields into.
 Document WithoutRecord(const Document& document) {
-  return {document.root, document.version, document.dictionary, document.pool, false};
+  return {document.root, document.version, document.dictionary, document.pool, document.expansion, document.categories,
+          false};
 }
 
 // A text that the document doesn't hold elsewhere gets its number, by which records find it again.

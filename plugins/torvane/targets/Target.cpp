@@ -13,9 +13,11 @@ using KelTransformNS::OpType;
 
 Target::Target(FieldScope& scope, const Element& model, MiningFunction function, std::string_view fieldHint)
     : fPool(scope.Pool()),
+      fExpansion(scope.GetDocument().expansion),
       fFunction(function),
       fType(function == MiningFunction::kRegression ? DataType::kDouble : DataType::kString),
-      fOpType(KelTransformNS::ImpliedOpType(fType)) {
+      fOpType(KelTransformNS::ImpliedOpType(fType)),
+      fCategories(std::make_shared<CategoryList>()) {
   if (function == MiningFunction::kClustering) return;  // its result is of no field
   ChooseField(scope, model, fieldHint);
   ReadDeclaration(scope);
@@ -58,12 +60,19 @@ void Target::ReadDeclaration(const FieldScope& scope) {
   const MiningField* field = scope.Schema().Find(fName);
   fOpType = field != nullptr && field->opType ? *field->opType : declaration->opType;
   if (fFunction == MiningFunction::kRegression) return;
-  for (const FieldDeclaration::DeclaredValue& declared : declaration->values) {
-    if (declared.property != FieldDeclaration::DeclaredValue::kValid) continue;
-    const std::optional<Cell> cell = FindComparand(declared.value, fType, fPool);
-    if (!cell || !ShowsItself(*cell)) continue;  // it can't be predicted
-    fCategories[AddCategory(*cell)].displayValue = declared.displayValue;
+  DeclaredCategories& declared = scope.GetDocument().categories;
+  if (auto shared = declared.Find(fName)) {
+    fCategories = std::move(shared);
+    return;
   }
+  for (const FieldDeclaration::DeclaredValue& value : declaration->values) {
+    if (value.property != FieldDeclaration::DeclaredValue::kValid) continue;
+    const std::optional<Cell> cell = FindComparand(value.value, fType, fPool);
+    if (!cell || !ShowsItself(*cell)) continue;  // it can't be predicted
+    const std::optional<std::uint32_t> known = fCategories->Find(*cell);
+    fCategories->At(known ? *known : fCategories->Add(*cell, fType)).displayValue = value.displayValue;
+  }
+  declared.Keep(fName, fCategories);
 }
 
 void Target::ReadTargets(const MiningSchema& schema, const Element& targets) {
@@ -113,7 +122,8 @@ void Target::ReadTargetValue(const Element& targetValue) {
     if (defaultValue) fDefaultValue = defaultValue;
     return;
   }
-  Category& category = fCategories[AddCategory(targetValue, "value", targetValue.Required("value"))];
+  const std::uint32_t index = AddCategory(targetValue, "value", targetValue.Required("value"));
+  Category& category = OwnCategories(targetValue).At(index);
   if (const auto display = targetValue.Attribute("displayValue")) {
     category.displayValue = *display;
   } else if (const auto raw = targetValue.Attribute("rawDataValue")) {
@@ -128,28 +138,29 @@ void Target::ReadTargetValue(const Element& targetValue) {
 
 void Target::CheckPriors(const Element& target) const {
   double sum = 0.0;
-  for (const Category& category : fCategories) sum += category.priorProbability.value_or(0.0);
+  for (const Category& category : Categories()) sum += category.priorProbability.value_or(0.0);
   if (fHasPriors && sum <= 0.0) throw target.Error("has prior probabilities that are all 0");
 }
 
 std::uint32_t Target::AddCategory(const Element& element, std::string_view what, std::string_view text) {
   const Cell cell = ReadComparand(element, what, text, fType, fPool);
   if (!ShowsItself(cell)) throw element.Error(std::string(what) + " " + Quoted(text) + " is no value of its type");
-  return AddCategory(cell);
+  if (const std::optional<std::uint32_t> known = fCategories->Find(cell)) return *known;
+  return OwnCategories(element).Add(cell, fType);
 }
 
 std::uint32_t Target::AddCategoryOf(const Element& element, const Category& category) {
-  const std::size_t count = fCategories.size();
+  const std::size_t count = Categories().size();
   const std::uint32_t index = AddCategory(element, "the category", category.text);
-  if (index == count) fCategories[index].displayValue = category.displayValue;
+  if (index == count) OwnCategories(element).At(index).displayValue = category.displayValue;
   return index;
 }
 
 void Target::AddCluster(const Element& element, std::string_view id, std::string_view displayName) {
-  const std::size_t count = fCategories.size();
-  const std::uint32_t cluster = AddCategory(Cell::Text(fPool, fPool.Intern(id)));
-  if (cluster != count) throw element.Error("is a second one with the identifier " + Quoted(id));
-  fCategories[cluster].displayValue = displayName;
+  const Cell cell = Cell::Text(fPool, fPool.Intern(id));
+  if (fCategories->Find(cell)) throw element.Error("is a second one with the identifier " + Quoted(id));
+  CategoryList& clusters = OwnCategories(element);
+  clusters.At(clusters.Add(cell, fType)).displayValue = displayName;
 }
 
 // Whether the category's text tells the category. A boolean 2 would be shown as the text of another one.
@@ -161,36 +172,19 @@ bool Target::ShowsItself(const Cell& cell) const {
   return shown && shown->number == cell.number;
 }
 
-std::uint32_t Target::AddCategory(const Cell& cell) {
-  if (const std::optional<std::uint32_t> known = FindCategory(cell)) return *known;
-  const auto index = static_cast<std::uint32_t>(fCategories.size());
-  Category& category = fCategories.emplace_back();
-  category.cell = cell;
-  KelTransformNS::WriteCell(cell, fType, category.value);
-  category.text = category.value.GetString();
-  category.displayValue = category.text;
-  if (cell.state == Cell::kText) {
-    fByText.emplace(cell.textId, index);
-  } else {
-    fByNumber.emplace(cell.number, index);
+// What other models share isn't changed, but copied before.
+CategoryList& Target::OwnCategories(const Element& element) {
+  constexpr std::size_t kIndexBytes = 64;
+  if (fCategories.use_count() > 1) {
+    fExpansion.Add(Categories().size() * (sizeof(Category) + kIndexBytes), element);
+    fCategories = std::make_shared<CategoryList>(*fCategories);
   }
-  return index;
-}
-
-std::optional<std::uint32_t> Target::FindCategory(const Cell& cell) const {
-  if (cell.state == Cell::kText) {
-    const auto found = fByText.find(cell.textId);
-    if (found != fByText.end()) return found->second;
-  } else {
-    const auto found = fByNumber.find(cell.number);
-    if (found != fByNumber.end()) return found->second;
-  }
-  return std::nullopt;
+  return *fCategories;
 }
 
 std::optional<std::uint32_t> Target::FindCategory(std::string_view text) const {
   const std::optional<Cell> cell = FindComparand(text, fType, fPool);
-  return cell ? FindCategory(*cell) : std::nullopt;
+  return cell ? fCategories->Find(*cell) : std::nullopt;
 }
 
 void Target::FinishRare(Prediction& prediction) const noexcept {
@@ -228,10 +222,11 @@ double Target::Adjust(double number) const noexcept {
 
 void Target::PredictFromPriors(Prediction& prediction) const noexcept {
   double sum = 0.0;
-  for (const Category& category : fCategories) sum += category.priorProbability.value_or(0.0);
+  const std::vector<Category>& categories = Categories();
+  for (const Category& category : categories) sum += category.priorProbability.value_or(0.0);
   prediction.category = 0;
-  for (std::uint32_t i = 0; i < fCategories.size(); ++i) {
-    prediction.probabilities[i] = fCategories[i].priorProbability.value_or(0.0) / sum;
+  for (std::uint32_t i = 0; i < categories.size(); ++i) {
+    prediction.probabilities[i] = categories[i].priorProbability.value_or(0.0) / sum;
     if (prediction.probabilities[i] > prediction.probabilities[prediction.category]) prediction.category = i;
   }
   prediction.outcome = Outcome::kValue;

@@ -2,29 +2,19 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "components/keltransform/Cell.h"
 #include "components/keltransform/DataDictionary.h"
 #include "plugins/torvane/fields/FieldScope.h"
 #include "plugins/torvane/models/Prediction.h"
-#include "scoring/common/Value.h"
+#include "plugins/torvane/targets/CategoryList.h"
 
 namespace Torvane {
-
-/// A value that a classification can predict.
-struct Category {
-  KelTransformNS::Cell cell;
-  KelCommon_1_3::Value value;  ///< as the prediction shows it: a number for a numeric target, else a text
-  std::string text;
-  std::string displayValue;
-  std::optional<double> priorProbability;
-};
 
 /// What a model predicts: its field, its categories, and the "Targets" that are applied to the result.
 ///
@@ -41,7 +31,9 @@ class Target {
   /// Whether it predicts a number; else it is one of the categories.
   [[nodiscard]] bool IsNumeric() const noexcept { return fFunction == MiningFunction::kRegression; }
   [[nodiscard]] bool IsOrdinal() const noexcept { return fOpType == KelTransformNS::OpType::kOrdinal; }
-  [[nodiscard]] const std::vector<Category>& Categories() const noexcept { return fCategories; }
+  [[nodiscard]] const std::vector<Category>& Categories() const noexcept { return fCategories->All(); }
+  /// Whether both have the very same list: no category has another place in it.
+  [[nodiscard]] bool SharesCategories(const Target& other) const noexcept { return fCategories == other.fCategories; }
 
   /// The category that a text of the model's body names; one that isn't known yet is added. Throws if the text isn't of
   /// the target's type.
@@ -71,21 +63,19 @@ class Target {
   void ReadTarget(const Element& target);
   void ReadTargetValue(const Element& targetValue);
   void CheckPriors(const Element& target) const;
-  std::uint32_t AddCategory(const KelTransformNS::Cell& cell);
   [[nodiscard]] bool ShowsItself(const KelTransformNS::Cell& cell) const;
-  [[nodiscard]] std::optional<std::uint32_t> FindCategory(const KelTransformNS::Cell& cell) const;
+  CategoryList& OwnCategories(const Element& element);
   void FinishRare(Prediction& prediction) const noexcept;
   [[nodiscard]] double Adjust(double number) const noexcept;
   void PredictFromPriors(Prediction& prediction) const noexcept;
 
   KelTransformNS::TextPool& fPool;
+  Expansion& fExpansion;  // only while the model is built
   MiningFunction fFunction;
   std::string fName;
   KelTransformNS::DataType fType;
   KelTransformNS::OpType fOpType;
-  std::vector<Category> fCategories;
-  std::unordered_map<std::uint32_t, std::uint32_t> fByText;
-  std::map<double, std::uint32_t> fByNumber;
+  std::shared_ptr<CategoryList> fCategories;  // changed only where nobody shares it
   bool fHasPriors = false;
 
   bool fAdjusts = false;

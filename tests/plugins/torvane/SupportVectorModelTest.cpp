@@ -359,11 +359,6 @@ Document OfArray(const std::string& array) { return Regression(kLinear + Diction
 Document OfFields(const std::string& fields) {
   return Regression(kLinear + Dictionary(Instance("v", Array("1")), fields) + kOne);
 }
-Document OfManyFilledPlaces() {
-  std::string fields;
-  for (int i = 0; i <= 2000; ++i) fields += R"(<FieldRef field="x"/>)";
-  return Regression(kLinear + Dictionary(Instance("v", R"(<REAL-SparseArray defaultValue="1"/>)"), fields) + kOne);
-}
 Document OfMachine(const std::string& machine) { return Regression(kLinear + kTwoFields + machine); }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -401,7 +396,6 @@ INSTANTIATE_TEST_SUITE_P(
                     "isn't as long"},
         RefusalCase{"infinite_number", OfArray(Array("1 INF")), "isn't finite"},
         RefusalCase{"infinite_default", OfArray("<REAL-SparseArray defaultValue=\"INF\"/>"), "isn't finite"},
-        RefusalCase{"many_filled_places", OfManyFilledPlaces(), "fills too many places"},
         RefusalCase{"vector_twice",
                     Regression(kLinear + Dictionary(Instance("v", Array("1 2")) + Instance("v", Array("1 2"))) + kOne),
                     "of another vector"},
