@@ -246,6 +246,11 @@ void ExpressionCompiler::SetMapsMissingResults(bool mapsMissingResults) noexcept
 
 void ExpressionCompiler::SetGroups(GroupLookup groups) { fImpl->groupLookup = std::move(groups); }
 
+void ExpressionCompiler::ForgetInput(std::string_view name) {
+  const auto known = fImpl->inputs.find(name);
+  if (known != fImpl->inputs.end()) fImpl->inputs.erase(known);
+}
+
 void ExpressionCompiler::Withdraw(std::string_view name) { fImpl->declared.Withdraw(name); }
 
 }  // namespace KelTransformNS

@@ -98,6 +98,10 @@ class KEL_EXPORT ExpressionCompiler {
   using GroupLookup = std::function<std::optional<ResolvedField>(std::string_view name, GroupFunction function)>;
   void SetGroups(GroupLookup groups);
 
+  /// Asks for the input field `name` anew when it is referred to again: another field has taken its name. Ends the
+  /// reference that `Resolve` gave of it. What was compiled before keeps the field that it has.
+  void ForgetInput(std::string_view name);
+
   /// Takes the derived field `name` out of the last declared dictionary, so that the name is looked up further out: for
   /// a field that the record holds already. It must not have been resolved yet.
   void Withdraw(std::string_view name);

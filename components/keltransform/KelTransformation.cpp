@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "components/kelparsexml/ElementTree.h"
+#include "components/kelparsexml/PmmlVersion.h"
 #include "components/keltransform/Attributes.h"
 #include "components/keltransform/LayoutCache.h"
 #include "components/keltransform/TransformPlan.h"
@@ -75,7 +76,8 @@ KelStatus KelTransformation::AddPMML(std::istream& stream, bool /*flag*/) {
   if (!status.IsOK()) return status;
   const Element root = tree->Root();
   return fImpl->Add(root.Child(KelScoringConst::kPmmlDataDictionary),
-                    root.Child(KelScoringConst::kPmmlTransformationDictionary), root.Attribute("version").value_or(""));
+                    root.Child(KelScoringConst::kPmmlTransformationDictionary),
+                    KelXML_1_3::FindPmmlVersion(root).value_or(""));
 }
 
 KelStatus KelTransformation::AddTransformationDictionary(std::istream& stream) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "components/kelparsexml/PmmlVersion.h"
 #include "plugins/torvane/models/ModelRegistry.h"
 #include "scoring/common/KelScoringConst.h"
 
@@ -19,27 +20,10 @@ bool IsPatch(std::string_view text) {
   return text.size() > 1 && text[0] == '.' && text.find_first_not_of("0123456789", 1) == std::string_view::npos;
 }
 
-// "4_1" of the namespace "http://www.dmg.org/PMML-4_1", which some producers rely on; nothing if it is another one.
-std::optional<std::string> VersionOfNamespace(const Element& root) {
-  constexpr std::string_view kStem = "http://www.dmg.org/PMML-";
-  const std::string_view name = root.Attribute("xmlns").value_or("");
-  if (!name.starts_with(kStem)) return std::nullopt;
-  std::string version(name.substr(kStem.size()));
-  std::replace(version.begin(), version.end(), '_', '.');
-  return version;
-}
-
-std::string FindVersion(const Element& root) {
-  if (!root.Attribute("version")) {
-    if (const std::optional<std::string> version = VersionOfNamespace(root)) return *version;
-  }
-  return std::string(root.Required("version"));
-}
-
 // "3.2" gives 302; "4.4.1" gives 404: patches change no meaning.
 int ReadVersion(const Element& root) {
   constexpr std::array<std::string_view, 8> kVersions = {"3.0", "3.1", "3.2", "4.0", "4.1", "4.2", "4.3", "4.4"};
-  const std::string version = FindVersion(root);
+  const std::string version = KelXML_1_3::FindPmmlVersion(root).value_or("");
   const std::string_view text = version;
   const auto found = std::find(kVersions.begin(), kVersions.end(), text.substr(0, 3));
   if (found == kVersions.end() || (text.size() > 3 && !IsPatch(text.substr(3)))) {

@@ -46,7 +46,7 @@ struct ExpressionContext {
 [[nodiscard]] bool IsExpression(std::string_view elementName) noexcept;
 
 /// The names of the fields that an expression refers to, each as often as it does.
-[[nodiscard]] std::vector<std::string_view> CollectReferences(const KelXML_1_3::Element& expression);
+[[nodiscard]] KEL_EXPORT std::vector<std::string_view> CollectReferences(const KelXML_1_3::Element& expression);
 
 // One function, and one file, for each kind of expression.
 

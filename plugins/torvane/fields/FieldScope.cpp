@@ -1,7 +1,10 @@
 #include "plugins/torvane/fields/FieldScope.h"
 
 #include <algorithm>
+#include <unordered_map>
 #include <utility>
+
+#include "components/keltransform/expressions/Expressions.h"
 
 namespace Torvane {
 
@@ -30,6 +33,25 @@ std::vector<std::string> ValuesInOrder(const FieldDeclaration& declaration) {
 bool HasTreatment(const MiningField& field) {
   return field.outliers != OutlierTreatment::kAsIs || field.missingReplacement || field.missingReturnsInvalid ||
          field.invalidReplacement || field.invalidTreatment == InvalidTreatment::kAsMissing;
+}
+
+// The derived fields that follow from one of `fields`, in one step or many.
+std::set<std::string_view> FollowersOf(const std::vector<std::string_view>& fields,
+                                       const NameMap<Element>& derivedFields) {
+  std::unordered_multimap<std::string_view, std::string_view> users;  // of a field: the derived fields that refer to it
+  for (const auto& [name, element] : derivedFields) {
+    for (const std::string_view field : KelTransformNS::CollectReferences(element)) users.emplace(field, name);
+  }
+  std::set<std::string_view> followers;
+  std::vector<std::string_view> pending = fields;
+  while (!pending.empty()) {
+    const auto [first, last] = users.equal_range(pending.back());
+    pending.pop_back();
+    for (auto user = first; user != last; ++user) {
+      if (followers.insert(user->second).second) pending.push_back(user->second);
+    }
+  }
+  return followers;
 }
 
 }  // namespace
@@ -74,16 +96,33 @@ KelTransformNS::SlotCounter& FieldScope::Slots() noexcept { return fOuter == nul
 void FieldScope::DeclareDerivedFields(const Element& model) {
   const Element dictionary = fDocument.root.Child("TransformationDictionary");
   fCompiler.DeclareDerivedFields(dictionary);
-  NameMap<Element> declared;
-  CollectDerivedFields(dictionary, declared);
-  std::vector<std::string> inRecord;
-  for (const auto& [name, element] : declared) {
-    if (!fDocument.readsAllDerivedFields && fSchema.derivedInRecord.count(name) == 0) continue;
-    inRecord.push_back(name);
-    fCompiler.Withdraw(name);
-  }
+  const std::vector<std::string> inRecord = ChooseDerivedInRecord(dictionary);
+  for (const std::string& name : inRecord) fCompiler.Withdraw(name);
   if (!inRecord.empty()) AddDerivedInRecord(inRecord, dictionary);
   fCompiler.DeclareDerivedFields(model.Child("LocalTransformations"));
+}
+
+// Not those that follow from a field which the schema treats: the library knows no schema, so its values are other
+// ones.
+std::vector<std::string> FieldScope::ChooseDerivedInRecord(const Element& dictionary) const {
+  std::vector<std::string> chosen;
+  if (!fDocument.readsAllDerivedFields && fSchema.derivedInRecord.empty()) return chosen;
+  NameMap<Element> declared;
+  CollectDerivedFields(dictionary, declared);
+  const std::set<std::string_view> treated = FollowersOf(TreatedFields(), declared);
+  for (const auto& [name, element] : declared) {
+    const bool isListed = fDocument.readsAllDerivedFields || fSchema.derivedInRecord.count(name) != 0;
+    if (isListed && !treated.contains(name)) chosen.push_back(name);
+  }
+  return chosen;
+}
+
+std::vector<std::string_view> FieldScope::TreatedFields() const {
+  std::vector<std::string_view> names;
+  for (const MiningField& field : fSchema.fields) {
+    if (HasTreatment(field)) names.push_back(field.name);
+  }
+  return names;
 }
 
 // Where a field is treated once more, derived fields follow from the new value, but for those that the schema takes
@@ -178,7 +217,10 @@ Field FieldScope::ResolveNew(std::string_view name, const Element& referrer) {
   return field;
 }
 
-void FieldScope::AddOutput(const ResolvedField& field) { fOutputs.insert_or_assign(field.name, field); }
+void FieldScope::AddOutput(const ResolvedField& field) {
+  fOutputs.insert_or_assign(field.name, field);
+  if (fSchema.Find(field.name) == nullptr) fCompiler.ForgetInput(field.name);
+}
 
 std::optional<ResolvedField> FieldScope::FindInEnsemble(std::string_view name) {
   const MiningField* const field = fSchema.Find(name);

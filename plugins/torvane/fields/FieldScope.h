@@ -159,6 +159,8 @@ class FieldScope {
   KelTransformNS::ResolvedField AddInput(const MiningField& field);
   std::optional<KelTransformNS::ResolvedField> AddDerivedInput(std::string_view name);
   void DeclareDerivedFields(const Element& model);
+  [[nodiscard]] std::vector<std::string> ChooseDerivedInRecord(const Element& dictionary) const;
+  [[nodiscard]] std::vector<std::string_view> TreatedFields() const;
   void AddDerivedInRecord(const std::vector<std::string>& names, const Element& dictionary);
   void CheckSchema();
 

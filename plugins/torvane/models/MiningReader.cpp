@@ -12,6 +12,8 @@ namespace {
 constexpr int kClarifiedVersion = 403;
 
 // Producers wrote an attribute or a word of a later version with a prefix.
+constexpr Word<bool> kMathContexts[] = {{"double", false}, {"float", true}};
+
 std::string_view WithoutPrefix(std::string_view text) { return text.starts_with("x-") ? text.substr(2) : text; }
 
 const char* NameOf(const Element& element, const char* attribute, const char* prefixed) {
@@ -134,7 +136,7 @@ void MiningReader::ReadMethod(const Element& segmentation) {
   fModel->fMethod = found->method;
   fModel->fIsWeighted = found->isWeighted;
   // One producer whose trees add up in single precision says so.
-  fModel->fIsSinglePrecision = fElement.Attribute("x-mathContext").value_or("") == "float";
+  fModel->fIsSinglePrecision = ReadWord(fElement, "x-mathContext", kMathContexts, false);
   fModel->fTellsWinnersShares = fScope.GetDocument().version >= kClarifiedVersion;
 }
 

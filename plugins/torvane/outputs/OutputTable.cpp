@@ -92,6 +92,16 @@ Element SkipPassedOver(Element child) {
 
 Element FindExpression(const Element& outputField) { return SkipPassedOver(outputField.FirstChild()); }
 
+// What reads an output compares numbers, whatever order their list has.
+void RefuseOtherOrder(const Element& outputField) {
+  std::optional<double> last;
+  for (Element child = outputField.Child("Value"); child; child = child.Next("Value")) {
+    const std::optional<double> number = child.Number("value");
+    if (last && number && *number <= *last) throw child.AttributeError("value", "isn't above the one before");
+    last = number;
+  }
+}
+
 void RefuseSecondExpression(const Element& outputField) {
   const Element second = SkipPassedOver(FindExpression(outputField).NextSibling());
   if (second) throw second.Error("stands beside the expression of its output");
@@ -302,7 +312,9 @@ void OutputTable::ReadFeature(const FieldScope& scope, const Element& element, O
 }
 
 void OutputTable::CheckAttributes(const Element& element) const {
-  (void)KelTransformNS::ReadOpType(element);  // without influence
+  const bool isOrdinal = KelTransformNS::ReadOpType(element) == KelTransformNS::OpType::kOrdinal;
+  if (isOrdinal && !KelTransformNS::IsText(ReadDataType(element).value_or(DataType::kString)))
+    RefuseOtherOrder(element);
   const auto target = element.Attribute("targetField");
   if (target && !fTarget.Name().empty() && *target != fTarget.Name()) {
     throw element.AttributeError("targetField", "isn't the target of the model");

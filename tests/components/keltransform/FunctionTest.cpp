@@ -447,6 +447,14 @@ INSTANTIATE_TEST_SUITE_P(
                       "<Apply function=\"sum\">" + Field("x") + Apply("/", "x 0", kAsMissing) + "</Apply>", 2.5}),
     CaseName());
 
+TEST(TreatmentTest, NamespaceInPlaceOfTheVersion_TellsTheMeaning) {
+  std::string text = Pmml(StandardFields(), Derived("result", "double", Apply("sum", "x missing", kMapped)));
+  text.replace(text.find("version=\"4.0\""), 13, "xmlns=\"http://www.dmg.org/PMML-4_1\"");
+  KelTransformation transformation;
+  ASSERT_TRUE(AddPmml(transformation, text).IsOK()) << KelDiagnostics::Last();
+  ExpectValue(Compute(transformation, Inputs(), {"result"}).front(), 2.5);
+}
+
 // A text that a function makes is a category like any other: predicates and mappings find it.
 TEST(MadeTextTest, Apply_TextThatTheDocumentKnows_IsThatCategory) {
   KelTransformation transformation;

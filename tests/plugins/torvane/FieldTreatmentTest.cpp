@@ -246,6 +246,24 @@ TEST(DerivedField, WhenTheLibraryComputesAll_IsReadFromTheRecord) {
   EXPECT_EQ(Load(Derived(), true).Predict({{"x", 0.5}, {"d", 77.0}}).GetReal(), 77.0);
 }
 
+// The library computes from untreated values, so what follows from a treated one is computed here; the rest is read.
+TEST(DerivedField, ThatFollowsFromATreatedField_IsComputedEvenIfTheLibraryDoesSo) {
+  const auto derived = [](const std::string& name, const std::string& field) {
+    return "<DerivedField name=\"" + name + "\" optype=\"continuous\" dataType=\"double\"><FieldRef field=\"" + field +
+           "\"/></DerivedField>";
+  };
+  for (const auto& [field, expected] : {std::pair("first", 5.0), {"second", 5.0}, {"other", 77.0}}) {
+    Document document = Identity(field);
+    document.transformations = "<TransformationDictionary>" + derived("second", "first") + derived("first", "x") +
+                               derived("other", "f") + "</TransformationDictionary>";
+    document.schema = Document::AllFields(R"(outliers="asExtremeValues" highValue="5" lowValue="0")");
+    const Scorer scorer = Load(document, true);
+    EXPECT_EQ(scorer.Predict({{"x", 9.0}, {"f", 1.0}, {"first", 9.0}, {"second", 9.0}, {"other", 77.0}}).GetReal(),
+              expected)
+        << field;
+  }
+}
+
 TEST(DerivedField, RecordLacksOneThatTheLibraryComputes_IsAnError) {
   const Scorer scorer = Load(Derived(), true);
   ValueRecord out = Record({{"prediction", kNull}});

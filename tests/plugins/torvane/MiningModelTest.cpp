@@ -611,6 +611,20 @@ TEST(OutputsOfSegments, SameNames_DontDisturbEachOther) {
   EXPECT_EQ(Shown(out, "w"), "12");
 }
 
+// An own output comes before one of the same name that something before it has read already.
+TEST(OutputsOfSegments, OwnOutput_IsWhatTheExpressionsAfterItRead) {
+  const auto predictsAs = [](const std::string& name) {
+    return "<Output><OutputField name=\"" + name + "\" feature=\"predictedValue\"/>" + Refer(name + "_again", name) +
+           "</Output>";
+  };
+  const std::string segments = Segment(Linear("1", "x", predictsAs("p"))) +
+                               Segment(Linear("10", "p", predictsAs("p"))) + Segment(Linear("100", "p"));
+  const ValueRecord out =
+      Load(Ensemble("regression", predictsAs("p") + Segmentation("modelChain", segments))).Score({{"x", 4.0}});
+  EXPECT_EQ(Shown(out, "p"), "115");
+  EXPECT_EQ(Shown(out, "p_again"), "115");
+}
+
 // The first missing result settles the sum, but not what the other segments tell.
 TEST(OutputsOfSegments, MissingResultOfOne_LeavesThoseOfTheOthers) {
   const std::string output = "<Output><OutputField name=\"two\" feature=\"predictedValue\" segmentId=\"2\"/></Output>";
@@ -804,6 +818,10 @@ INSTANTIATE_TEST_SUITE_P(
     Refusals, RefusedEnsembles,
     testing::Values(
         Refusal{"no_models", "", "has no model"}, Refusal{"no_segments", Segmentation("sum", ""), "has no Segment"},
+        Refusal{"unknown_precision",
+                Segmentation("sum", Segment("<MiningModel functionName=\"regression\" x-mathContext=\"half\">" +
+                                            Fields({"x"}) + Segmentation("sum", kOne) + "</MiningModel>")),
+                "x-mathContext"},
         Refusal{"unknown_method", Segmentation("mean", kOne), "isn't one of: majorityVote,"},
         Refusal{"vote_on_numbers", Segmentation("majorityVote", kOne), "has no meaning for the function"},
         Refusal{"max_of_numbers", Segmentation("max", kOne), "has no meaning for the function"},

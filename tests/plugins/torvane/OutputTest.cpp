@@ -273,6 +273,9 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"other_target", WithOutput(R"(targetField="t")"), "isn't the target"},
         RefusalCase{"second_best", WithOutput(R"(feature="entityId" rank="2")"), "rank"},
         RefusalCase{"many_values", WithOutput(R"(isMultiValued="1")"), "isMultiValued"},
+        RefusalCase{"order_of_its_own", Leaf(R"(<OutputField name="o" optype="ordinal" dataType="integer">
+                        <Value value="3"/><Value value="1"/></OutputField>)"),
+                    "isn't above the one before"},
         RefusalCase{"no_expression", WithOutput(R"(feature="transformedValue")"), "has no expression"},
         RefusalCase{"misplaced_expression",
                     Leaf(R"(<OutputField name="o" feature="probability"><FieldRef field="x"/></OutputField>)"),
