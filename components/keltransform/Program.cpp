@@ -38,13 +38,17 @@ Cell Choose(const Operands& operands) noexcept {
   return operands.Count() > 2 ? operands[2] : Cell::Missing();
 }
 
+// The result, its replacement, then the arguments. An invalid argument keeps the replacement out only if it makes the
+// result invalid: that of a branch that isn't chosen has no say.
 Cell ReplaceIfAnyMissing(const Operands& operands) noexcept {
   bool isAnyMissing = false;
+  bool isAnyInvalid = false;
   for (std::size_t index = 2; index < operands.Count(); ++index) {
-    if (operands[index].IsInvalid()) return operands[0];
     isAnyMissing = isAnyMissing || operands[index].IsMissing();
+    isAnyInvalid = isAnyInvalid || operands[index].IsInvalid();
   }
-  return operands[isAnyMissing ? 1 : 0];
+  const bool isReplaced = isAnyMissing && !(isAnyInvalid && operands[0].IsInvalid());
+  return operands[isReplaced ? 1 : 0];
 }
 
 Cell Truncate(const Cell& cell) noexcept {

@@ -242,12 +242,13 @@ class CallCompiler {
   CompiledValue Treated(const Element& apply, CompiledValue value, const std::vector<Argument>& given) {
     const InvalidTreatment treatment =
         ReadEnum(apply, "invalidValueTreatment", kInvalidTreatments, InvalidTreatment::kReturnInvalid);
+    const bool mapsResults = fContext.functions.mapsMissingResults;
+    if (!mapsResults) value = ReplaceIfAnyMissing(apply, value, given);
     if (treatment == InvalidTreatment::kAsMissing) {
       value = fCode.Emit(OpCode::kInvalidToMissing, {value.operand}, 0, value.type);
     }
     value = ReplaceMissing(apply, "defaultValue", value);
-    if (fContext.functions.mapsMissingResults) return ReplaceMissing(apply, "mapMissingTo", value);
-    return ReplaceIfAnyMissing(apply, value, given);
+    return mapsResults ? ReplaceMissing(apply, "mapMissingTo", value) : value;
   }
 
   CompiledValue ReplaceMissing(const Element& apply, std::string_view attribute, const CompiledValue& value) {

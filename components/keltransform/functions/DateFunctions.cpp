@@ -136,7 +136,7 @@ bool PutPattern(std::string_view pattern, const Calendar& moment, TextSink& resu
 
 double DaysSinceYear(double days, double year) { return days - FirstDay(year); }
 
-double SecondsSinceYear(double seconds, double year) { return seconds - FirstDay(year) * kSecondsPerDay; }
+double SecondsSinceYear(double seconds, double year) { return std::floor(seconds) - FirstDay(year) * kSecondsPerDay; }
 
 bool FormatDatetime(const TextArguments& arguments, TextSink& result) {
   NumberBuffer buffer;

@@ -51,6 +51,13 @@ constexpr Function OfDate(std::string_view name, Want want, BinaryFunction funct
   return row;
 }
 
+// Whole seconds: the functions of dates count in integers.
+constexpr Function SecondsOfTime(std::string_view name) {
+  Function row{name, 1, 1, {Want::kTimeOfDay}, Yields::kInteger, OpCode::kUnary};
+  row.unary = [](double seconds) { return std::floor(seconds); };
+  return row;
+}
+
 constexpr Function TextMaker(std::string_view name, std::uint32_t minimum, std::uint32_t maximum,
                              std::array<Want, 3> wants, TextFunction function) {
   Function row{name, minimum, maximum, wants, Yields::kText, OpCode::kMakeText};
@@ -114,7 +121,7 @@ const Function kFunctions[] = {
     TextMaker("formatDatetime", 2, 2, {Want::kMoment, Want::kText, Want::kText}, FormatDatetime),
     OfDate("dateDaysSinceYear", Want::kDay, DaysSinceYear),
     OfDate("dateSecondsSinceYear", Want::kMoment, SecondsSinceYear),
-    {"dateSecondsSinceMidnight", 1, 1, {Want::kTimeOfDay}, kInteger, OpCode::kCopy},
+    SecondsOfTime("dateSecondsSinceMidnight"),
     // 4.0
     StateTest("isMissing", Accept({Cell::kMissing})),
     StateTest("isNotMissing", Accept({Cell::kInvalid, Cell::kNumber, Cell::kText})),

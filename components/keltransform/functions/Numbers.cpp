@@ -34,6 +34,7 @@ double LowerQuantile(double probability) {
 
 double StandardQuantile(double probability) {
   if (!(probability > 0.0 && probability < 1.0)) return kUndefined;
+  if (probability == 0.5) return 0.0;  // exactly, where the search would leave the rounding error of its last step
   return probability <= 0.5 ? LowerQuantile(probability) : -LowerQuantile(1.0 - probability);
 }
 
@@ -41,7 +42,8 @@ double StandardQuantile(double probability) {
 
 double Modulo(double dividend, double divisor) {
   const double rest = std::fmod(dividend, divisor);  // NaN for a divisor of 0
-  const bool hasOtherSign = rest != 0.0 && (rest < 0.0) != (divisor < 0.0);
+  if (rest == 0.0) return std::copysign(rest, divisor);
+  const bool hasOtherSign = (rest < 0.0) != (divisor < 0.0);
   return hasOtherSign ? rest + divisor : rest;
 }
 

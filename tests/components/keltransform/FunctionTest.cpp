@@ -184,6 +184,7 @@ INSTANTIATE_TEST_SUITE_P(
         FunctionCase{"cdf_without_deviation", "normalCDF", "3 1 0", "double", kNull},
         FunctionCase{"quantile", "stdNormalIDF", "0.975", "double", 1.959963984540054},
         FunctionCase{"quantile_middle", "normalIDF", "0.5 3 2", "double", 3},
+        FunctionCase{"quantile_middle_exactly", "stdNormalIDF", "0.5", "integer", 0},
         FunctionCase{"quantile_upper", "stdNormalIDF", "0.999999", "double", 4.753424308817089},
         FunctionCase{"quantile_scaled", "normalIDF", "0.025 10 2", "double", 10 - 2 * 1.959963984540054},
         FunctionCase{"quantile_far_below", "stdNormalIDF", "1e-300", "double", -37.0470962993612},
@@ -192,6 +193,11 @@ INSTANTIATE_TEST_SUITE_P(
         FunctionCase{"missing", "ln", "missing", "double", kNull},
         FunctionCase{"missing_of_three", "normalCDF", "3 missing 2", "double", kNull}),
     CaseName());
+
+TEST(ModuloTest, Apply_NoRest_ZeroHasTheSignOfTheDivisor) {
+  EXPECT_FALSE(std::signbit(Evaluate("double", Apply("modulo", "-8 4"), Inputs()).GetReal()));
+  EXPECT_TRUE(std::signbit(Evaluate("double", Apply("modulo", "8 -4"), Inputs()).GetReal()));
+}
 
 INSTANTIATE_TEST_SUITE_P(
     Comparisons, FunctionTest,
@@ -367,30 +373,32 @@ INSTANTIATE_TEST_SUITE_P(
 
 INSTANTIATE_TEST_SUITE_P(
     Dates, FunctionTest,
-    testing::Values(FunctionCase{"format", "formatDatetime", "day '%m/%d/%y'", "string", "08/20/04"},
-                    FunctionCase{"format_all", "formatDatetime",
-                                 "moment '%a %A %b %B %d %H %I %j %m %M %p %S %w %y %Y%Z %%'", "string",
-                                 "Sun Sunday Jan January 03 03 03 003 01 30 AM 03 0 60 1960 %"},
-                    FunctionCase{"format_whole", "formatDatetime", "moment '%c|%x|%X'", "string",
-                                 "Sun Jan  3 03:30:03 1960|01/03/60|03:30:03"},
-                    // 2004-08-20 was a Friday, the 233rd day; date(1) of coreutils gives both weeks.
-                    FunctionCase{"weeks", "formatDatetime", "day '%U %W %j %w'", "string", "33 33 233 5"},
-                    FunctionCase{"first_weeks", "formatDatetime", "'2023-01-01' '%U %W %a'", "string", "01 00 Sun"},
-                    FunctionCase{"afternoon", "formatDatetime", "'2000-02-29T12:05:09' '%I %p'", "string", "12 PM"},
-                    FunctionCase{"midnight", "formatDatetime", "'2000-02-29' '%I %p'", "string", "12 AM"},
-                    FunctionCase{"before_1970", "formatDatetime", "'1969-12-31T23:59:59' '%Y-%m-%d %X %a'", "string",
-                                 "1969-12-31 23:59:59 Wed"},
-                    FunctionCase{"days", "dateDaysSinceYear", "'2003-04-01' 1960", "integer", 15796},
-                    FunctionCase{"days_of_field", "dateDaysSinceYear", "day 2004", "integer", 232},
-                    FunctionCase{"days_of_moment", "dateDaysSinceYear", "moment 1960", "integer", 2},
-                    FunctionCase{"days_before", "dateDaysSinceYear", "'1959-12-31' 1960", "integer", -1},
-                    FunctionCase{"no_year", "dateDaysSinceYear", "day 1960.5", "integer", kNull},
-                    FunctionCase{"no_date", "dateDaysSinceYear", "t 1960", "integer", kNull},
-                    FunctionCase{"seconds", "dateSecondsSinceYear", "moment 1960", "integer", 185403},
-                    FunctionCase{"seconds_of_day", "dateSecondsSinceYear", "'1960-01-02' 1960", "integer", 86400},
-                    FunctionCase{"seconds_of_clock", "dateSecondsSinceMidnight", "clock", "integer", 19410},
-                    FunctionCase{"seconds_of_time_of_moment", "dateSecondsSinceMidnight", "moment", "integer", 12603},
-                    FunctionCase{"missing", "dateSecondsSinceMidnight", "listed", "integer", kNull}),
+    testing::Values(
+        FunctionCase{"format", "formatDatetime", "day '%m/%d/%y'", "string", "08/20/04"},
+        FunctionCase{"format_all", "formatDatetime", "moment '%a %A %b %B %d %H %I %j %m %M %p %S %w %y %Y%Z %%'",
+                     "string", "Sun Sunday Jan January 03 03 03 003 01 30 AM 03 0 60 1960 %"},
+        FunctionCase{"format_whole", "formatDatetime", "moment '%c|%x|%X'", "string",
+                     "Sun Jan  3 03:30:03 1960|01/03/60|03:30:03"},
+        // 2004-08-20 was a Friday, the 233rd day; date(1) of coreutils gives both weeks.
+        FunctionCase{"weeks", "formatDatetime", "day '%U %W %j %w'", "string", "33 33 233 5"},
+        FunctionCase{"first_weeks", "formatDatetime", "'2023-01-01' '%U %W %a'", "string", "01 00 Sun"},
+        FunctionCase{"afternoon", "formatDatetime", "'2000-02-29T12:05:09' '%I %p'", "string", "12 PM"},
+        FunctionCase{"midnight", "formatDatetime", "'2000-02-29' '%I %p'", "string", "12 AM"},
+        FunctionCase{"before_1970", "formatDatetime", "'1969-12-31T23:59:59' '%Y-%m-%d %X %a'", "string",
+                     "1969-12-31 23:59:59 Wed"},
+        FunctionCase{"days", "dateDaysSinceYear", "'2003-04-01' 1960", "integer", 15796},
+        FunctionCase{"days_of_field", "dateDaysSinceYear", "day 2004", "integer", 232},
+        FunctionCase{"days_of_moment", "dateDaysSinceYear", "moment 1960", "integer", 2},
+        FunctionCase{"days_before", "dateDaysSinceYear", "'1959-12-31' 1960", "integer", -1},
+        FunctionCase{"no_year", "dateDaysSinceYear", "day 1960.5", "integer", kNull},
+        FunctionCase{"no_date", "dateDaysSinceYear", "t 1960", "integer", kNull},
+        FunctionCase{"seconds", "dateSecondsSinceYear", "moment 1960", "integer", 185403},
+        FunctionCase{"seconds_of_day", "dateSecondsSinceYear", "'1960-01-02' 1960", "integer", 86400},
+        FunctionCase{"seconds_of_clock", "dateSecondsSinceMidnight", "clock", "integer", 19410},
+        FunctionCase{"seconds_of_time_of_moment", "dateSecondsSinceMidnight", "moment", "integer", 12603},
+        FunctionCase{"whole_seconds", "dateSecondsSinceMidnight", "'05:23:30.75'", "integer", 19410},
+        FunctionCase{"whole_seconds_before", "dateSecondsSinceYear", "'1959-12-31T23:59:58.25' 1960", "integer", -2},
+        FunctionCase{"missing", "dateSecondsSinceMidnight", "listed", "integer", kNull}),
     CaseName());
 
 struct TreatmentCase {
@@ -436,6 +444,9 @@ INSTANTIATE_TEST_SUITE_P(
         TreatmentCase{"fraction_for_integers", "4.2", Apply("+", "i missing", R"(defaultValue="0.5")"), 0.5},
         TreatmentCase{"invalid_isn_t_missing", "4.2", Apply("+", "x bad", kMapped + ' ' + kDefault), kNull},
         TreatmentCase{"invalid_and_missing", "4.2", Apply("+", "missing bad", kMapped), kNull},
+        TreatmentCase{"missing_beside_an_invalid_branch", "4.2", Apply("if", "missing x bad", kMapped), -1},
+        TreatmentCase{"missing_branch_beside_an_invalid_one", "4.2", Apply("if", "1 missing bad", kMapped), -1},
+        TreatmentCase{"invalid_branch_beside_a_missing_one", "4.2", Apply("if", "1 bad missing", kMapped), kNull},
         TreatmentCase{"undefined", "4.2", Apply("/", "x 0", kDefault), kNull},
         TreatmentCase{"undefined_as_it_is", "4.2", Apply("/", "x 0", kDefault + R"( invalidValueTreatment="asIs")"),
                       kNull},
