@@ -139,4 +139,9 @@ inline void WriteCell(const Cell& cell, DataType type, KelCommon_1_3::Value& val
 [[nodiscard]] KEL_EXPORT OpType ImpliedOpType(DataType type) noexcept;
 [[nodiscard]] inline bool IsText(DataType type) noexcept { return type == DataType::kString; }
 
+/// A number of the document as fields of `type` hold it, so that 0.1 is what a "float" field has for 0.1.
+[[nodiscard]] inline double InPrecisionOf(DataType type, double number) noexcept {
+  return type == DataType::kFloat ? static_cast<double>(static_cast<float>(number)) : number;
+}
+
 }  // namespace KelTransformNS

@@ -38,26 +38,26 @@ FieldDeclaration ReadDataField(const Element& element) {
   field.opType = ReadOpType(element).value_or(ImpliedOpType(field.dataType));
   for (Element child = element.FirstChild(); child; child = child.NextSibling()) {
     if (child.Is("Value")) field.values.push_back(ReadDeclaredValue(child));
-    if (child.Is("Interval")) field.intervals.push_back(ReadInterval(child));
+    if (child.Is("Interval")) field.intervals.push_back(ReadInterval(child, field.dataType));
   }
   return field;
 }
 
-double ReadMargin(const Element& element, std::string_view attribute, double otherwise) {
+double ReadMargin(const Element& element, std::string_view attribute, double otherwise, DataType type) {
   const double margin = element.Number(attribute, otherwise);
   if (margin != margin) throw element.AttributeError(attribute, "is no number");
-  return margin;
+  return InPrecisionOf(type, margin);
 }
 
 }  // namespace
 
-Interval ReadInterval(const Element& element) {
+Interval ReadInterval(const Element& element, DataType type) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   RefuseUnknownChildren(element, {});
   const auto closure = static_cast<Closure>(ReadChoice(element, "closure", kClosureNames.data(), kClosureNames.size()));
   if (!element.Attribute("leftMargin") && !element.Attribute("rightMargin")) throw element.Error("it has no margin");
-  const Interval interval = {ReadMargin(element, "leftMargin", -kInfinity),
-                             ReadMargin(element, "rightMargin", kInfinity),
+  const Interval interval = {ReadMargin(element, "leftMargin", -kInfinity, type),
+                             ReadMargin(element, "rightMargin", kInfinity, type),
                              closure == Closure::kClosedOpen || closure == Closure::kClosedClosed,
                              closure == Closure::kOpenClosed || closure == Closure::kClosedClosed};
   if (interval.left > interval.right) throw element.AttributeError("leftMargin", "lies above the right margin");

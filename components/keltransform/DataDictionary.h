@@ -24,9 +24,9 @@ struct KEL_EXPORT Interval {
   }
 };
 
-/// Reads an "Interval" element. Throws `PmmlError` for an unknown closure, a malformed margin, no margin, or a left
-/// margin above the right one.
-KEL_EXPORT Interval ReadInterval(const KelXML_1_3::Element& element);
+/// Reads an "Interval" of values of `type`; its margins are of that type, too. Throws `PmmlError` for an unknown
+/// closure, a malformed margin, no margin, or a left margin above the right one.
+KEL_EXPORT Interval ReadInterval(const KelXML_1_3::Element& element, DataType type);
 
 /// A "DataField" as the document declares it.
 struct FieldDeclaration {

@@ -7,16 +7,15 @@ using KelXML_1_3::Element;
 
 namespace {
 
-DiscretizeTable::Bin ReadBin(const Element& element, DataType type, TextPool& pool) {
+DiscretizeTable::Bin ReadBin(const Element& element, DataType input, DataType type, TextPool& pool) {
   RefuseUnknownChildren(element, {"Interval"});
-  return {ReadInterval(element.RequiredChild("Interval")), ReadLiteralOf(element, "binValue", type, pool)};
+  return {ReadInterval(element.RequiredChild("Interval"), input), ReadLiteralOf(element, "binValue", type, pool)};
 }
 
-std::vector<DiscretizeTable::Bin> ReadBins(const Element& element, DataType type, TextPool& pool) {
-  RefuseUnknownChildren(element, {"DiscretizeBin"});
+std::vector<DiscretizeTable::Bin> ReadBins(const Element& element, DataType input, DataType type, TextPool& pool) {
   std::vector<DiscretizeTable::Bin> bins;
   for (Element child = element.Child("DiscretizeBin"); child; child = child.Next("DiscretizeBin")) {
-    bins.push_back(ReadBin(child, type, pool));
+    bins.push_back(ReadBin(child, input, type, pool));
   }
   return bins;
 }
@@ -27,8 +26,10 @@ std::vector<DiscretizeTable::Bin> ReadBins(const Element& element, DataType type
 CompiledValue CompileDiscretize(const Element& element, ExpressionContext& context) {
   const DataType type = LiteralType(element, context);
   TextPool& pool = context.code.Pool();
-  const std::vector<DiscretizeTable::Bin> bins = ReadBins(element, type, pool);
-  const CompiledValue input = bins.empty() ? CompileField(element, context) : CompileNumericField(element, context);
+  RefuseUnknownChildren(element, {"DiscretizeBin"});
+  const bool hasBins = static_cast<bool>(element.Child("DiscretizeBin"));
+  const CompiledValue input = hasBins ? CompileNumericField(element, context) : CompileField(element, context);
+  const std::vector<DiscretizeTable::Bin> bins = ReadBins(element, input.type, type, pool);
   const Cell whenMissing = ReadOptionalLiteralOf(element, "mapMissingTo", type, pool);
   const Cell otherwise = ReadOptionalLiteralOf(element, "defaultValue", type, pool);
   const std::uint32_t entry = context.code.Data().discretize.Append(bins, whenMissing, otherwise);

@@ -63,8 +63,9 @@ void FieldTreatment::ReadReplacements(const MiningField& field, TextPool& pool) 
 
 void FieldTreatment::ReadOutliers(const MiningField& field) {
   fOutliers = field.outliers;
-  fLowValue = field.lowValue.value_or(-std::numeric_limits<double>::infinity());
-  fHighValue = field.highValue.value_or(std::numeric_limits<double>::infinity());
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  fLowValue = KelTransformNS::InPrecisionOf(fType, field.lowValue.value_or(-kInfinity));
+  fHighValue = KelTransformNS::InPrecisionOf(fType, field.highValue.value_or(kInfinity));
   if (fOutliers != OutlierTreatment::kAsIs && KelTransformNS::IsText(fType)) {
     throw field.element.AttributeError("outliers", "is for fields of numbers only");
   }

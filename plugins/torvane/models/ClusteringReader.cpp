@@ -99,7 +99,7 @@ ListedValues ClusteringReader::ListValues(const Element& element, std::string_vi
   }
   const Element intervals = stats->second.Child("ContStats");
   for (Element child = intervals.Child("Interval"); child; child = child.Next("Interval")) {
-    listed.intervals.push_back(KelTransformNS::ReadInterval(child));
+    listed.intervals.push_back(KelTransformNS::ReadInterval(child, field.dataType));
   }
   if (!listed.values.empty() && !listed.intervals.empty()) throw intervals.Error("stands beside a list of values");
   return listed.Count() > 0 ? listed : DeclaredValues(element, name, field, fScope);

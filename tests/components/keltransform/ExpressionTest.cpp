@@ -144,6 +144,10 @@ std::string Bins(const std::string& attributes) {
          R"(<DiscretizeBin binValue="again"><Interval closure="closedOpen" leftMargin="5" rightMargin="10"/></DiscretizeBin>)"
          "</Discretize>";
 }
+std::string FloatBin(const std::string& closure) {
+  return R"(<Discretize field="f"><DiscretizeBin binValue="in"><Interval closure=")" + closure +
+         R"(" leftMargin="0" rightMargin="0.1"/></DiscretizeBin></Discretize>)";
+}
 const std::string kNumberBin =
     R"(<Discretize field="x" defaultValue="-1" dataType="integer"><DiscretizeBin binValue="2">)"
     R"(<Interval closure="closedOpen" leftMargin="0"/></DiscretizeBin></Discretize>)";
@@ -164,6 +168,9 @@ INSTANTIATE_TEST_SUITE_P(
         ExpressionCase{"missing", "string", Bins("defaultValue=\"none\""), {{"x", kNull}}, kNull},
         ExpressionCase{"missing_mapped", "string", Bins("mapMissingTo=\"gone\""), {{"x", kNull}}, "gone"},
         ExpressionCase{"invalid", "string", Bins("mapMissingTo=\"gone\" defaultValue=\"none\""), {{"x", "abc"}}, kNull},
+        // A float is on the margin of its own text, though it lies above that number.
+        ExpressionCase{"float_on_a_closed_margin", "string", FloatBin("closedClosed"), {{"f", 0.1}}, "in"},
+        ExpressionCase{"float_on_an_open_margin", "string", FloatBin("closedOpen"), {{"f", 0.1}}, kNull},
         ExpressionCase{"own_type", "double", kNumberBin, {{"x", 0}}, 2},
         ExpressionCase{"own_type_default", "double", kNumberBin, {{"x", -0.5}}, -1},
         ExpressionCase{"own_type_as_text", "string", kNumberBin, {{"x", 3}}, "2"},

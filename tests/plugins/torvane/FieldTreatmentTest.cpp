@@ -122,6 +122,19 @@ TEST(FloatField, IsRoundedToSinglePrecision) {
   EXPECT_EQ(Load(Identity("f")).Predict({{"f", 0.1}}).GetReal(), static_cast<double>(0.1F));
 }
 
+// 0.1 and 0.3 lie above the numbers of these texts in single precision, but they are the margins and limits.
+TEST(FloatField, OnAMarginOrLimit_LiesWithin) {
+  Document document = Identity("f");
+  document.dictionary = R"(<DataField name="f" optype="continuous" dataType="float"><Interval closure="closedClosed"
+      leftMargin="0" rightMargin="0.3"/></DataField><DataField name="t" optype="continuous" dataType="double"/>)";
+  document.schema = R"(<MiningField name="f"/>)";
+  EXPECT_EQ(Load(document).Predict({{"f", 0.3}}).GetReal(), static_cast<double>(0.3F));
+  document.schema = R"(<MiningField name="f" outliers="asMissingValues" highValue="0.1"/>)";
+  EXPECT_EQ(Load(document).Predict({{"f", 0.1}}).GetReal(), static_cast<double>(0.1F));
+  document.schema = R"(<MiningField name="f" outliers="asExtremeValues" highValue="0.1"/>)";
+  EXPECT_EQ(Load(document).Predict({{"f", 0.2}}).GetReal(), static_cast<double>(0.1F));
+}
+
 TEST(ActiveField, InvalidValueThatNothingRefersTo_StillSpoilsTheRecord) {
   const Scorer scorer = Load(Identity("x"));
   EXPECT_EQ(scorer.Predict({{"x", 1.0}, {"s", "a"}}).GetReal(), 1.0);
