@@ -200,9 +200,12 @@ std::uint32_t TreeReader::AddScore(const Element& element, std::string_view what
   return static_cast<std::uint32_t>(fTree->fScores.size() - 1);
 }
 
+// The most records, the first entry on a tie; where no records are counted, the other figures speak for them.
 std::uint32_t TreeReader::BestEntry() const {
-  const auto figure = [](const Entry& entry) {
-    return std::pair(entry.recordCount, entry.probability.value_or(entry.confidence.value_or(0.0)));
+  const bool isCounted =
+      std::any_of(fEntries.begin(), fEntries.end(), [](const Entry& entry) { return entry.recordCount > 0.0; });
+  const auto figure = [&](const Entry& entry) {
+    return isCounted ? entry.recordCount : entry.probability.value_or(entry.confidence.value_or(0.0));
   };
   const auto best = std::max_element(fEntries.begin(), fEntries.end(),
                                      [&](const Entry& a, const Entry& b) { return figure(a) < figure(b); });

@@ -212,6 +212,10 @@ INSTANTIATE_TEST_SUITE_P(
         LeafCase{"first_on_a_tie", "",
                  R"(<ScoreDistribution value="no" recordCount="4"/><ScoreDistribution value="yes" recordCount="4"/>)",
                  "no", .5, .5},
+        LeafCase{
+            "first_on_a_tie_whatever_the_confidences", "",
+            R"(<ScoreDistribution value="no" recordCount="4" confidence="0.1"/><ScoreDistribution value="yes" recordCount="4" confidence="0.7"/>)",
+            "no", .5, .1},
         LeafCase{"score_over_records", R"(score="no")",
                  R"(<ScoreDistribution value="no" recordCount="1"/><ScoreDistribution value="yes" recordCount="3"/>)",
                  "no", .75, .25},
