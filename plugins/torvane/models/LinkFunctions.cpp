@@ -40,8 +40,8 @@ double InverseLink(Link link, double y, double parameter) noexcept {
       return std::exp(-std::exp(-y));
     case Link::kCauchit:
       return 0.5 + std::atan(y) / std::numbers::pi;
-    case Link::kNegbin:  // 1 / (c (e^(-y) - 1))
-      return 1.0 / (parameter * std::expm1(-y));
+    case Link::kNegbin:  // 1 / (c (e^(-y) - 1)); at its limit 0 it is infinite above, whatever the sign of the zero
+      return 1.0 / (parameter * (std::expm1(-y) + 0.0));
     case Link::kOddspower:
       return InverseOddspower(y, parameter);
     case Link::kPower:

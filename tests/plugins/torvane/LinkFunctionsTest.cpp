@@ -47,6 +47,7 @@ INSTANTIATE_TEST_SUITE_P(
         LinkCase{"negbin", Link::kNegbin, -0.69314718055994531, 2, 0.5},   // 1 / (2 (2 - 1))
         LinkCase{"negbin_small", Link::kNegbin, -1e-10, 1, 9999999999.5},  // 1 / c|y| - 1 / 2c + ...
         LinkCase{"negbin_at_its_limit", Link::kNegbin, -0.0, 1, kInfinity},
+        LinkCase{"negbin_at_its_limit_from_above", Link::kNegbin, 0.0, 1, kInfinity},
         LinkCase{"oddspower", Link::kOddspower, 3, 1, 0.8},                      // 1 / (1 + 4^-1)
         LinkCase{"oddspower_negative", Link::kOddspower, 0.5, -1, 2.0 / 3.0},    // 1 / (1 + 0.5^1)
         LinkCase{"oddspower_zero", Link::kOddspower, 1, 0, 0.7310585786300049},  // the logistic function
