@@ -149,10 +149,16 @@ std::uint32_t Target::AddCategory(const Element& element, std::string_view what,
   return OwnCategories(element).Add(cell, fType);
 }
 
+// Clusters of the same identifier that are named differently are shown by it: the name that one segment has for it
+// would be wrong for what another one predicts.
 std::uint32_t Target::AddCategoryOf(const Element& element, const Category& category) {
   const std::size_t count = Categories().size();
   const std::uint32_t index = AddCategory(element, "the category", category.text);
-  if (index == count) OwnCategories(element).At(index).displayValue = category.displayValue;
+  if (index == count) {
+    OwnCategories(element).At(index).displayValue = category.displayValue;
+  } else if (fFunction == MiningFunction::kClustering && Categories()[index].displayValue != category.displayValue) {
+    OwnCategories(element).At(index).displayValue = category.text;
+  }
   return index;
 }
 

@@ -38,7 +38,8 @@ class Target {
   /// The category that a text of the model's body names; one that isn't known yet is added. Throws if the text isn't of
   /// the target's type.
   std::uint32_t AddCategory(const Element& element, std::string_view what, std::string_view text);
-  /// The same for a category of a model inside this one, whose display value a new one takes over.
+  /// The same for a category of a model inside this one, whose display value a new one takes over. A cluster that is
+  /// known by another name is shown by its identifier from then on.
   std::uint32_t AddCategoryOf(const Element& element, const Category& category);
   /// Adds a cluster of a clustering, whose identifiers are texts; one that is known already throws.
   void AddCluster(const Element& element, std::string_view id, std::string_view displayName);

@@ -237,6 +237,23 @@ TEST(MiningModel, Clusterings_VoteByTheirIdentifiers) {
   }
 }
 
+TEST(MiningModel, ClustersThatSegmentsNameDifferently_AreShownByTheirIdentifiers) {
+  const auto member = [](const char* first, const char* second) {
+    return std::string(R"(<ClusteringModel functionName="clustering" modelClass="centerBased" numberOfClusters="2">)") +
+           Fields({"x"}) + R"(<ComparisonMeasure kind="distance"><squaredEuclidean/></ComparisonMeasure>
+<ClusteringField field="x"/><Cluster name=")" +
+           first + R"("><Array type="real">0</Array></Cluster><Cluster name=")" + second +
+           R"("><Array type="real">9</Array></Cluster></ClusteringModel>)";
+  };
+  const std::string body =
+      R"(<Output><OutputField name="shown" feature="predictedDisplayValue"/></Output>)" +
+      Segmentation("selectFirst",
+                   Segment(member("young", "other"), {}, When("x", "lessThan", "0")) + Segment(member("old", "other")));
+  const Scorer scorer = Load(Ensemble("clustering", body));
+  EXPECT_EQ(Shown(scorer.Score({{"x", 1.0}}), "shown"), "1");
+  EXPECT_EQ(Shown(scorer.Score({{"x", 8.0}}), "shown"), "other");
+}
+
 // --- Results that are missing ---
 
 struct MissingCase {
