@@ -1,5 +1,7 @@
 #include "components/keltransform/Conversion.h"
 
+#include <array>
+#include <charconv>
 #include <cmath>
 #include <optional>
 
@@ -90,6 +92,17 @@ std::optional<double> ParseLexical(std::string_view text, DataType type) {
 
 Cell NumberIf(bool isValid, double number) { return isValid ? Cell::Number(number) : Cell::Invalid(); }
 
+// The number whose shortest text is that of a float: 0.1, not the 0.10000000149011612 that the float is as a double.
+// Whole numbers keep all their digits.
+double AsWrittenInSinglePrecision(double number) {
+  if (number == std::trunc(number)) return number;
+  std::array<char, 32> buffer;
+  const char* const end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), static_cast<float>(number)).ptr;
+  double written = number;
+  std::from_chars(buffer.data(), end, written);
+  return written;
+}
+
 Cell TextOfNumber(double number, const TextPool& pool) {
   NumberBuffer buffer;
   Cell cell = Cell::Number(number);
@@ -164,6 +177,7 @@ Cell Convert(const Cell& cell, DataType from, DataType to, const TextPool& pool)
     return cell.text == nullptr ? NumberToCell(cell.number, to, pool) : TextToCell(*cell.text, to, pool);
   }
   if (from == DataType::kBoolean && IsText(to)) return TextOfBoolean(cell.number, pool);
+  if (from == DataType::kFloat && IsText(to)) return TextOfNumber(AsWrittenInSinglePrecision(cell.number), pool);
   return NumberToCell(Rescale(cell.number, from, to), to, pool);
 }
 
