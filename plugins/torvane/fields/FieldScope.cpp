@@ -82,6 +82,7 @@ FieldScope::FieldScope(FieldScope& outer, const Element& model)
       fCompiler(fDocument.pool, outer.Slots(), [this](std::string_view name) { return FindInEnsemble(name); }) {
   fCompiler.SetMapsMissingResults(fDocument.version == 401);
   fCompiler.SetGroups([this](std::string_view name, auto function) { return FindGroup(name, function); });
+  LetPassInside(outer.fSchema, fSchema);
   DeclareSegmentFields(model);
   // A missing value of such a field makes the result invalid even if nothing refers to the field.
   for (const MiningField& field : fSchema.fields) {

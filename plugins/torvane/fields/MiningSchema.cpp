@@ -110,6 +110,15 @@ const MiningField* MiningSchema::Find(std::string_view name) const {
   return found == positions.end() ? nullptr : &fields[found->second];
 }
 
+void LetPassInside(const MiningSchema& ensemble, MiningSchema& schema) {
+  for (MiningField& field : schema.fields) {
+    const MiningField* const outer = ensemble.Find(field.name);
+    const bool passes = outer != nullptr && outer->invalidTreatment == InvalidTreatment::kAsIs;
+    if (passes && field.invalidTreatment == InvalidTreatment::kReturnInvalid)
+      field.invalidTreatment = InvalidTreatment::kAsIs;
+  }
+}
+
 bool NeedsAnotherTreatment(const MiningField& field, const MiningField* outer) {
   const bool neverMissing = outer != nullptr && outer->missingReplacement && !outer->missingReturnsInvalid;
   const bool neverInvalid = outer != nullptr && outer->invalidTreatment != InvalidTreatment::kAsIs;

@@ -43,6 +43,10 @@ struct MiningSchema {
   NameMap<std::size_t> positions;  // of the names in `fields`
 };
 
+/// Makes a schema that of a model inside an ensemble: "returnInvalid" has no effect there, so that what the ensemble's
+/// schema lets pass as it is passes this one as well, and models further inside may treat it after all.
+void LetPassInside(const MiningSchema& ensemble, MiningSchema& schema);
+
 /// Whether a model inside an ensemble must treat a field once more, whose values have been through the ensemble's
 /// schema: `outer` is the field there, null if it isn't listed.
 [[nodiscard]] bool NeedsAnotherTreatment(const MiningField& field, const MiningField* outer);

@@ -448,10 +448,14 @@ TEST(FieldsOfSegments, ValuesThatTheEnsembleLetsPass_CanBeTreatedInside) {
       {R"(missingValueTreatment="returnInvalid")", kNull, "null"},
   };
   for (const Row& row : rows) {
-    Document document = Ensemble("regression", Segmentation("sum", reads(row.attributes)));
-    document.schema = R"(<MiningField name="x" invalidValueTreatment="asIs"/>)";
-    document.dictionary = declared;
-    EXPECT_EQ(Shown(Load(document).Score({{"x", row.x}}), "prediction"), row.expected) << row.attributes;
+    const std::string segmentation = Segmentation("sum", reads(row.attributes));
+    for (const std::string& body :
+         {segmentation, Segmentation("sum", Segment(Nested("regression", segmentation, Fields({"x"}))))}) {
+      Document document = Ensemble("regression", body);
+      document.schema = R"(<MiningField name="x" invalidValueTreatment="asIs"/>)";
+      document.dictionary = declared;
+      EXPECT_EQ(Shown(Load(document).Score({{"x", row.x}}), "prediction"), row.expected) << body;
+    }
   }
 }
 
