@@ -1,6 +1,5 @@
 #include "plugins/torvane/models/TreeEnsemble.h"
 
-#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -25,14 +24,6 @@ double NumberOf(const TreeEnsemble::Member& member, std::uint32_t node, bool isS
   if (node == PlainTrees::kNoNode) return std::numeric_limits<double>::quiet_NaN();
   const double score = Rounded(member.tree->ScoreOf(node), isSinglePrecision);
   return Rounded(Rounded(member.weight, isSinglePrecision) * score, isSinglePrecision);
-}
-
-// Two shares of one category are added up before they are weighted, which may round in another way.
-bool HasCategoryTwice(const TreeModel& tree, std::uint32_t node) {
-  std::vector<std::uint32_t> categories;
-  tree.ForEachShare(node, [&](std::uint32_t category, double) { categories.push_back(category); });
-  std::sort(categories.begin(), categories.end());
-  return std::adjacent_find(categories.begin(), categories.end()) != categories.end();
 }
 
 std::uint32_t CategoryIn(const TreeEnsemble::Member& member, std::uint32_t category) noexcept {
@@ -60,8 +51,6 @@ std::unique_ptr<const TreeEnsemble> TreeEnsemble::TryBuild(const std::vector<Mem
     const Member& member = members[leaf.tree];
     if (result == Result::kNumber) {
       ensemble->fNumbersOfLeaves.push_back(NumberOf(member, leaf.node, isSinglePrecision));
-    } else if (leaf.node != PlainTrees::kNoNode && HasCategoryTwice(*member.tree, leaf.node)) {
-      return nullptr;
     } else {
       ensemble->fNodesOfLeaves.push_back(leaf.node);
     }

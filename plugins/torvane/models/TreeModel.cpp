@@ -200,16 +200,20 @@ void TreeModel::MixConfidences(std::uint32_t node, double penalty, const Cell* f
   prediction.hasConfidences = true;
 }
 
-// The records of all leaves that can be reached are added up by category; shares of the sum are both probability and
-// confidence, the latter reduced by the penalties above the node.
+// The records of all leaves that can be reached are added up by category. Shares of the sum are the probability; for
+// the confidence each leaf's records count less by the penalties on the way to it.
 void TreeModel::AggregateNodes(std::uint32_t node, double penalty, const Cell* frame, Prediction& prediction) const {
   double* const counts = prediction.probabilities;
+  double* const reduced = prediction.confidences;
   std::fill_n(counts, fCategoryCount, 0.0);
+  std::fill_n(reduced, fCategoryCount, 0.0);
   double total = 0.0;
   const auto add = [&](const Branch& branch) {
-    const std::uint32_t* category = CategoriesFrom(fFirstEntry[branch.node]);
+    const std::uint32_t* categories = CategoriesFrom(fFirstEntry[branch.node]);
     for (std::uint32_t entry = fFirstEntry[branch.node]; entry < fFirstEntry[branch.node + 1]; ++entry) {
-      counts[*category++] += fEntryCounts[entry];
+      const std::uint32_t category = *categories++;
+      counts[category] += fEntryCounts[entry];
+      reduced[category] += fEntryCounts[entry] * branch.penalty;
       total += fEntryCounts[entry];
     }
   };
@@ -220,7 +224,7 @@ void TreeModel::AggregateNodes(std::uint32_t node, double penalty, const Cell* f
   prediction.entity = node;
   for (std::uint32_t i = 0; i < fCategoryCount; ++i) {
     prediction.probabilities[i] = counts[i] / total;
-    prediction.confidences[i] = prediction.probabilities[i] * penalty;
+    prediction.confidences[i] = reduced[i] / total;
   }
   prediction.hasProbabilities = true;
   prediction.hasConfidences = true;

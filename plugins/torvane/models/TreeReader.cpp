@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_set>
 
 namespace Torvane {
 namespace {
@@ -151,9 +152,18 @@ void TreeReader::ReadDistribution(const Element& element) {
     RefuseUnknownChildren(child, {});
     const double count = ReadCount(child);
     if (!fTree->fIsClassification) continue;
-    fEntries.push_back({fTarget.AddCategory(child, "value", child.Required("value")), count,
-                        ReadShare(child, "confidence"), ReadShare(child, "probability")});
+    const std::uint32_t category = fTarget.AddCategory(child, "value", child.Required("value"));
+    StampCategory(child, category);
+    fEntries.push_back({category, count, ReadShare(child, "confidence"), ReadShare(child, "probability")});
   }
+}
+
+// Refuses a category that its node names a second time.
+void TreeReader::StampCategory(const Element& distribution, std::uint32_t category) {
+  const std::size_t node = fTree->fNodes.size();
+  if (category >= fLastNodeOf.size()) fLastNodeOf.resize(category + 1);
+  if (fLastNodeOf[category] == node) throw distribution.AttributeError("value", "stands there twice");
+  fLastNodeOf[category] = node;
 }
 
 // Two strategies add up records, so that every record count that they need must be there.
@@ -184,12 +194,21 @@ void TreeReader::ReadResult(const Element& element, std::uint32_t node, bool isI
   } else if (!fEntries.empty()) {
     result = fEntries[BestEntry()].category;
   } else if (!fTree->fIsClassification) {
-    Element best;
-    for (Element child = element.Child("ScoreDistribution"); child; child = child.Next("ScoreDistribution")) {
-      if (!best || ReadCount(child) > ReadCount(best)) best = child;
-    }
+    const Element best = MostFrequent(element);
     if (best) result = AddScore(best, "value", best.Required("value"));
   }
+}
+
+// Of a regression, the distribution of the number that most records have.
+Element TreeReader::MostFrequent(const Element& node) {
+  Element best;
+  std::unordered_set<double> numbers;
+  for (Element child = node.Child("ScoreDistribution"); child; child = child.Next("ScoreDistribution")) {
+    const bool isNew = numbers.insert(child.RequiredNumber("value")).second;
+    if (!isNew) throw child.AttributeError("value", "stands there twice");
+    if (!best || ReadCount(child) > ReadCount(best)) best = child;
+  }
+  return best;
 }
 
 std::uint32_t TreeReader::AddScore(const Element& element, std::string_view what, std::string_view text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -46,6 +47,7 @@ class TreeReader {
   void ReadPredicate(const Element& element);
   void ReadResult(const Element& element, std::uint32_t node, bool isInner);
   void ReadDistribution(const Element& element);
+  void StampCategory(const Element& distribution, std::uint32_t category);
   void ReadRecordCount(const Element& element, bool isInner);
   void AddEntries(const Element& element, bool isInner);
   void ReadModels(const Element& element, std::uint32_t node, bool isInner);
@@ -54,6 +56,7 @@ class TreeReader {
   void FindDefaultChild(const OpenNode& open);
   [[nodiscard]] std::uint32_t AddScore(const Element& element, std::string_view what, std::string_view text);
   [[nodiscard]] std::uint32_t BestEntry() const;
+  [[nodiscard]] static Element MostFrequent(const Element& node);
   [[nodiscard]] static double Probability(const Entry& entry, bool allGiven, double countSum);
   [[nodiscard]] bool InnerNodesPredict() const;
   void ShareCategories();
@@ -65,7 +68,8 @@ class TreeReader {
   std::unique_ptr<TreeModel> fTree;
   PredicateCompiler fPredicates;
   std::vector<std::optional<std::string_view>> fIds;
-  std::vector<Entry> fEntries;  // of the current node
+  std::vector<Entry> fEntries;           // of the current node
+  std::vector<std::size_t> fLastNodeOf;  // by category: how many nodes there were with the last one that names it
   bool fHasConfidences = false;
   std::vector<SelectionTree::Leaf> fModels;
 };

@@ -381,6 +381,25 @@ TEST(TreeModel, NestedAsDeepAsADocumentMay_IsBuiltScoredAndDestroyed) {
   }
 }
 
+// The leaf under the surrogate holds 3 and 1 records, the other one 1 and 5. Half of the former count for confidences.
+TEST(TreeModel, AggregatedNodes_ReduceConfidencesByThePenaltiesOnEachWay) {
+  const std::string nodes = R"(<Node><True/><Node><SimplePredicate field="x" operator="lessThan" value="0"/><Node>
+      <CompoundPredicate booleanOperator="surrogate"><SimplePredicate field="n" operator="lessThan" value="0"/>
+      <SimplePredicate field="f" operator="lessThan" value="0"/></CompoundPredicate>
+      <ScoreDistribution value="yes" recordCount="3"/><ScoreDistribution value="no" recordCount="1"/></Node></Node>
+      <Node><SimplePredicate field="x" operator="greaterOrEqual" value="0"/>
+      <ScoreDistribution value="yes" recordCount="1"/><ScoreDistribution value="no" recordCount="5"/></Node></Node>)";
+  const std::string output = R"(<Output><OutputField name="sureYes" feature="confidence" value="yes"/>
+      <OutputField name="sureNo" feature="confidence" value="no"/></Output>)";
+  const Scorer scorer =
+      Load(Tree(output + nodes, R"(missingValueStrategy="aggregateNodes" missingValuePenalty="0.5")"));
+  const auto out = scorer.Score({{"f", -1.0}});
+  EXPECT_EQ(Shown(out, "prediction"), "no");
+  EXPECT_DOUBLE_EQ(Probability(out, "yes"), 0.4);
+  EXPECT_DOUBLE_EQ(Number(out, "sureYes"), 0.25);  // (3 / 2 + 1) / 10
+  EXPECT_DOUBLE_EQ(Number(out, "sureNo"), 0.55);   // (1 / 2 + 5) / 10
+}
+
 struct RefusalCase {
   const char* name;
   Document document;
@@ -414,6 +433,14 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"record_count",
                     Tree(Leaf(R"(score="yes")", R"(<ScoreDistribution value="yes" recordCount="-2"/>)")),
                     "recordCount"},
+        RefusalCase{"category_twice", Tree(Leaf("", R"(<ScoreDistribution value="yes" recordCount="3"/>
+                        <ScoreDistribution value="no" recordCount="4"/><ScoreDistribution value="yes" recordCount="3"/>)")),
+                    "stands there twice"},
+        RefusalCase{
+            "number_twice",
+            Document{.function = "regression", .body = Leaf("", R"(<ScoreDistribution value="1" recordCount="3"/>
+                                 <ScoreDistribution value="1.0" recordCount="3"/>)")},
+            "stands there twice"},
         RefusalCase{"default_child",
                     Tree(R"(<Node defaultChild="9"><True/><Node id="a"><True/></Node></Node>)",
                          R"(missingValueStrategy="defaultChild")"),
