@@ -16,11 +16,9 @@ MiningFunction ReadFunction(const Element& model, const ModelKind& kind) {
 }
 
 // What is predicted of one target of several.
-MiningFunction FunctionOf(const FieldScope& scope, const MiningField& field) {
-  const KelTransformNS::FieldDeclaration* const declaration = scope.GetDocument().dictionary.Find(field.name);
-  const KelTransformNS::OpType opType =
-      field.opType.value_or(declaration == nullptr ? KelTransformNS::OpType::kContinuous : declaration->opType);
-  return opType == KelTransformNS::OpType::kContinuous ? MiningFunction::kRegression : MiningFunction::kClassification;
+MiningFunction FunctionOf(const FieldScope& scope, const Element& model, const MiningField& field) {
+  const bool isNumeric = Target::OpTypeOf(scope, model, field) == KelTransformNS::OpType::kContinuous;
+  return isNumeric ? MiningFunction::kRegression : MiningFunction::kClassification;
 }
 
 // Models inside models are built and evaluated by recursion, for which a thread's stack must have room.
@@ -52,7 +50,7 @@ std::vector<CompiledModel::TargetChoice> CompiledModel::ChooseTargets(const Fiel
   std::vector<TargetChoice> targets;
   for (const MiningField& field : scope.Schema().fields) {
     const bool isChoice = kind.buildFurther != nullptr && field.usage == FieldUsage::kTarget;
-    if (isChoice) targets.push_back({field.name, FunctionOf(scope, field)});
+    if (isChoice) targets.push_back({field.name, FunctionOf(scope, model, field)});
   }
   if (!targets.empty() && model.Attribute("functionName") == "mixed") return targets;
   const MiningFunction function = ReadFunction(model, kind);

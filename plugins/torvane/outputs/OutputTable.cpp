@@ -19,8 +19,8 @@ using KelTransformNS::TextPool;
 
 namespace {
 
-// The features of the kinds that are built here. "standardError" would need the covariances of the parameters, which
-// these kinds' documents don't hold; "warning" has nothing to tell. Both stay null.
+// The features of the kinds that are built here. A standard error takes covariances of the parameters: it isn't known
+// of a model whose document holds none, and stays null. "warning" is null, too: there is nothing to warn of.
 constexpr Word<Feature> kFeatures[] = {
     {"predictedValue", Feature::kPredictedValue},
     {"predictedDisplayValue", Feature::kPredictedDisplayValue},
@@ -48,9 +48,12 @@ bool IsDistribution(const Output& output) {
          output.feature == Feature::kAllProbabilities || output.feature == Feature::kResidual;
 }
 
+bool IsOfEntity(const Output& output) {
+  return output.feature == Feature::kEntityId || output.feature == Feature::kAffinity;
+}
+
 bool IsRanking(const Output& output) {
-  return (output.feature == Feature::kEntityId || output.feature == Feature::kAffinity) &&
-         (output.rank != 1 || output.entity != Prediction::kNone);
+  return IsOfEntity(output) && (output.rank != 1 || output.entity != Prediction::kNone);
 }
 
 // A number as a value of another type; invalid if it can't be one.
@@ -111,7 +114,7 @@ void RefuseSecondExpression(const Element& outputField) {
 
 OutputTable::OutputTable(FieldScope& scope, const Target& target, const ModelBody& body, const Element& model,
                          const std::vector<const OutputTable*>& further)
-    : fPool(scope.Pool()), fTarget(target), fBody(body), fFurther(further) {
+    : fPool(scope.Pool()), fTarget(target), fBody(body), fHasCovariances(model.Child("PCovMatrix")), fFurther(further) {
   AddVocabulary(scope.Pool());
   const Element output = model.Child("Output");
   for (Element field = output.Child("OutputField"); field; field = field.Next("OutputField")) {
@@ -125,7 +128,11 @@ OutputTable::OutputTable(FieldScope& scope, const Target& target, const ModelBod
 
 OutputTable::OutputTable(FieldScope& scope, const Target& target, const ModelBody& body, const Element& model,
                          OfFurtherTarget)
-    : fPool(scope.Pool()), fTarget(target), fBody(body), fHasExpressions(true) {
+    : fPool(scope.Pool()),
+      fTarget(target),
+      fBody(body),
+      fHasCovariances(model.Child("PCovMatrix")),
+      fHasExpressions(true) {
   AddOutput(scope.Pool(), PredictedFeature(), target.Name().c_str());
   AddToScope(scope, fOutputs.back());
   const Element output = model.Child("Output");
@@ -137,7 +144,11 @@ OutputTable::OutputTable(FieldScope& scope, const Target& target, const ModelBod
 
 OutputTable::OutputTable(FieldScope& scope, const Target& target, const ModelBody& body, const Element& model,
                          const std::vector<Element>& asked)
-    : fPool(scope.Pool()), fTarget(target), fBody(body), fHasExpressions(true) {
+    : fPool(scope.Pool()),
+      fTarget(target),
+      fBody(body),
+      fHasCovariances(model.Child("PCovMatrix")),
+      fHasExpressions(true) {
   ReadOutputFields(scope, model.Child("Output"), "OutputField");
   if (IsComposed(model)) ReadOutputFields(scope, model, "ResultField");
   for (const Element& element : asked) ReadAsked(scope, element);
@@ -254,6 +265,7 @@ bool OutputTable::ShowOf(const OutputTable& further, const std::string& name) {
 // The segment has left its answer in the frame. Of a segment that isn't there it is missing.
 Output OutputTable::ReadFromSegment(const FieldScope& scope, const Element& element) const {
   if (!fBody.IsEnsemble()) throw element.AttributeError("segmentId", "needs segments");
+  (void)ReadWord(element, "feature", kFeatures, Feature::kNothing);
   Output output{std::string(element.Required("name"))};
   output.isDeclared = true;
   if (const ResolvedField* field = scope.FindAnswer(output.key.Name())) {
@@ -271,6 +283,7 @@ Output OutputTable::ReadOutput(FieldScope& scope, const Element& element) {
   output.isDeclared = true;
   ReadFeature(scope, element, output);
   CheckAttributes(element);
+  ReadRank(element, output);
   if (output.feature == Feature::kExpression) {
     ReadExpression(scope, element, output);
   } else {
@@ -296,6 +309,9 @@ void OutputTable::ReadFeature(const FieldScope& scope, const Element& element, O
       throw element.AttributeError("feature", "isn't known to a model whose segments all give a result");
     }
     output.feature = Feature::kAllPredictions;
+  }
+  if (element.Attribute("feature") == "standardError" && fHasCovariances) {
+    throw element.AttributeError("feature", "is not supported: nothing is computed of the <PCovMatrix>");
   }
   if (output.feature == Feature::kProbability && fTarget.IsNumeric()) {
     throw element.AttributeError("feature", "needs a classification");
@@ -351,17 +367,24 @@ void OutputTable::ReadCategory(const Element& element, Output& output) const {
   }
 }
 
-// An entity is asked for by its rank, an affinity by the entity's identifier or by its rank.
-void OutputTable::ReadEntity(const Element& element, Output& output) const {
-  if (output.feature != Feature::kEntityId && output.feature != Feature::kAffinity) return;
+// The place among the entities of a ranking, of which the best is the first. Nothing else has a second place.
+void OutputTable::ReadRank(const Element& element, Output& output) const {
+  static constexpr Word<bool> kOrders[] = {{"descending", true}};
+  (void)ReadWord(element, "rankOrder", kOrders, true);
   const int rank = element.Integer("rank").value_or(1);
   if (rank < 1) throw element.AttributeError("rank", "isn't from 1 on");
-  if (rank > 1 && fBody.RankingCapacity() == 0) {
-    throw element.AttributeError("rank", "is not supported: a record has one entity");
+  if (rank > 1 && (!IsOfEntity(output) || fBody.RankingCapacity() == 0)) {
+    throw element.AttributeError("rank", "is not supported: a record has one only");
   }
   output.rank = static_cast<std::uint32_t>(rank);
+}
+
+// An affinity may be asked for by the entity's identifier instead of its rank.
+void OutputTable::ReadEntity(const Element& element, Output& output) const {
   const std::optional<std::string_view> value = element.Attribute("value");
-  if (!value || output.feature != Feature::kAffinity) return;
+  if (!value || !IsOfEntity(output)) return;
+  if (output.feature == Feature::kEntityId) throw element.AttributeError("value", "has no meaning for an entityId");
+  if (output.rank != 1) throw element.AttributeError("value", "stands beside a rank");
   const std::optional<std::uint32_t> entity = FindEntity(*value);
   if (entity) {
     output.entity = *entity;

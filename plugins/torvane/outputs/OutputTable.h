@@ -107,6 +107,7 @@ class OutputTable {
   [[nodiscard]] std::optional<std::uint32_t> FindEntity(std::string_view wanted) const;
   [[nodiscard]] Feature PredictedFeature() const noexcept;
   void ReadCategory(const Element& element, Output& output) const;
+  void ReadRank(const Element& element, Output& output) const;
   void ReadEntity(const Element& element, Output& output) const;
   void ReadResidual(FieldScope& scope, const Element& element, Output& output);
   void CheckAttributes(const Element& element) const;
@@ -134,6 +135,7 @@ class OutputTable {
   const KelTransformNS::TextPool& fPool;
   const Target& fTarget;
   const ModelBody& fBody;
+  const bool fHasCovariances;  // of the parameters
   // What is shown for each category, as predicted or as display value, in a data type; shared by the outputs.
   std::map<std::pair<bool, KelTransformNS::DataType>, std::vector<KelTransformNS::Cell>> fShown;
   std::vector<Output> fOutputs;

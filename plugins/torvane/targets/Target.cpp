@@ -11,6 +11,18 @@ using KelTransformNS::DataType;
 using KelTransformNS::FieldDeclaration;
 using KelTransformNS::OpType;
 
+namespace {
+
+std::optional<double> ReadPrior(const Element& targetValue) {
+  const std::optional<double> prior = targetValue.Number("priorProbability");
+  if (prior && !(*prior >= 0.0 && *prior <= 1.0)) {
+    throw targetValue.AttributeError("priorProbability", "isn't between 0 and 1");
+  }
+  return prior;
+}
+
+}  // namespace
+
 Target::Target(FieldScope& scope, const Element& model, MiningFunction function, std::string_view fieldHint)
     : fPool(scope.Pool()),
       fExpansion(scope.GetDocument().expansion),
@@ -18,7 +30,10 @@ Target::Target(FieldScope& scope, const Element& model, MiningFunction function,
       fType(function == MiningFunction::kRegression ? DataType::kDouble : DataType::kString),
       fOpType(KelTransformNS::ImpliedOpType(fType)),
       fCategories(std::make_shared<CategoryList>()) {
-  if (function == MiningFunction::kClustering) return;  // its result is of no field
+  if (function == MiningFunction::kClustering) {  // its result is of no field
+    if (const Element targets = model.Child("Targets")) throw targets.Error("has no meaning for a clustering");
+    return;
+  }
   ChooseField(scope, model, fieldHint);
   ReadDeclaration(scope);
   ReadTargets(scope.Schema(), model.Child("Targets"));
@@ -36,7 +51,8 @@ void Target::ChooseField(const FieldScope& scope, const Element& model, std::str
     const bool hasHinted = std::any_of(targets.begin(), targets.end(), isHinted);
     const MiningField* const second = targets[1];
     const bool chooses = hasHinted || model.Is("MiningModel");
-    std::erase_if(targets, [&](const auto* field) { return hasHinted ? !isHinted(field) : !Suits(scope, *field); });
+    std::erase_if(targets,
+                  [&](const auto* field) { return hasHinted ? !isHinted(field) : !Suits(scope, model, *field); });
     if (!chooses || targets.size() != 1) throw second->element.Error("is a second target; a model predicts one");
   }
   if (!targets.empty()) {
@@ -47,10 +63,19 @@ void Target::ChooseField(const FieldScope& scope, const Element& model, std::str
   if (target && target.Attribute("field")) fName = target.Required("field");
 }
 
-bool Target::Suits(const FieldScope& scope, const MiningField& field) const {
+bool Target::Suits(const FieldScope& scope, const Element& model, const MiningField& field) const {
+  if (scope.GetDocument().dictionary.Find(field.name) == nullptr) return false;
+  return (OpTypeOf(scope, model, field) == OpType::kContinuous) == IsNumeric();
+}
+
+OpType Target::OpTypeOf(const FieldScope& scope, const Element& model, const MiningField& field) {
+  const Element targets = model.Child("Targets");
+  for (Element target = targets.Child("Target"); target; target = target.Next("Target")) {
+    const std::optional<OpType> own = KelTransformNS::ReadOpType(target);
+    if (own && target.Attribute("field").value_or(field.name) == field.name) return *own;
+  }
   const FieldDeclaration* const declaration = scope.GetDocument().dictionary.Find(field.name);
-  if (declaration == nullptr) return false;
-  return (field.opType.value_or(declaration->opType) == OpType::kContinuous) == IsNumeric();
+  return field.opType.value_or(declaration == nullptr ? OpType::kContinuous : declaration->opType);
 }
 
 void Target::ReadDeclaration(const FieldScope& scope) {
@@ -97,11 +122,7 @@ void Target::ReadTarget(const Element& target) {
   static constexpr Word<CastInteger> kCasts[] = {
       {"round", CastInteger::kRound}, {"ceiling", CastInteger::kCeiling}, {"floor", CastInteger::kFloor}};
   RefuseUnknownChildren(target, {"TargetValue"});
-  if (const auto opType = target.Attribute("optype")) {
-    if (!KelTransformNS::ParseOpType(*opType, fOpType)) {
-      ThrowUnknownWord(target, "optype", "categorical, ordinal, continuous");
-    }
-  }
+  fOpType = KelTransformNS::ReadOpType(target).value_or(fOpType);
   fMin = ReadFinite(target, "min");
   fMax = ReadFinite(target, "max");
   if (fMin && fMax && *fMin > *fMax) throw target.AttributeError("min", "is above max");
@@ -109,13 +130,17 @@ void Target::ReadTarget(const Element& target) {
   fRescaleConstant = ReadFinite(target, "rescaleConstant").value_or(0.0);
   fCastInteger = ReadWord(target, "castInteger", kCasts, CastInteger::kNone);
   fAdjusts = fMin || fMax || fRescaleFactor != 1.0 || fRescaleConstant != 0.0 || fCastInteger != CastInteger::kNone;
-  for (Element child = target.Child("TargetValue"); child; child = child.Next("TargetValue")) ReadTargetValue(child);
+  std::unordered_set<std::uint32_t> known;
+  for (Element child = target.Child("TargetValue"); child; child = child.Next("TargetValue")) {
+    ReadTargetValue(child, known);
+  }
   CheckPriors(target);
 }
 
 // "rawDataValue" is what 3.0 and 3.1 called "displayValue".
-void Target::ReadTargetValue(const Element& targetValue) {
+void Target::ReadTargetValue(const Element& targetValue, std::unordered_set<std::uint32_t>& known) {
   RefuseUnknownChildren(targetValue, {"Partition"});
+  const std::optional<double> prior = ReadPrior(targetValue);
   if (fFunction == MiningFunction::kRegression) {
     const std::optional<double> defaultValue = ReadFinite(targetValue, "defaultValue");
     if (defaultValue && fDefaultValue) throw targetValue.AttributeError("defaultValue", "is the second one");
@@ -123,17 +148,15 @@ void Target::ReadTargetValue(const Element& targetValue) {
     return;
   }
   const std::uint32_t index = AddCategory(targetValue, "value", targetValue.Required("value"));
+  if (!known.insert(index).second) throw targetValue.AttributeError("value", "stands there twice");
   Category& category = OwnCategories(targetValue).At(index);
   if (const auto display = targetValue.Attribute("displayValue")) {
     category.displayValue = *display;
   } else if (const auto raw = targetValue.Attribute("rawDataValue")) {
     category.displayValue = *raw;
   }
-  category.priorProbability = targetValue.Number("priorProbability");
-  if (category.priorProbability && !(*category.priorProbability >= 0.0 && *category.priorProbability <= 1.0)) {
-    throw targetValue.AttributeError("priorProbability", "isn't between 0 and 1");
-  }
-  fHasPriors = fHasPriors || category.priorProbability;
+  category.priorProbability = prior;
+  fHasPriors = fHasPriors || prior;
 }
 
 void Target::CheckPriors(const Element& target) const {

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "components/keltransform/Cell.h"
@@ -24,6 +25,10 @@ class Target {
  public:
   /// `fieldHint` chooses among several targets (the "targetFieldName" of a regression). Throws `PmmlError`.
   Target(FieldScope& scope, const Element& model, MiningFunction function, std::string_view fieldHint);
+
+  /// Of a field that `model` predicts: that of its "Target", else of its mining field, else of its declaration.
+  [[nodiscard]] static KelTransformNS::OpType OpTypeOf(const FieldScope& scope, const Element& model,
+                                                       const MiningField& field);
 
   [[nodiscard]] const std::string& Name() const noexcept { return fName; }
   [[nodiscard]] KelTransformNS::DataType Type() const noexcept { return fType; }
@@ -58,11 +63,11 @@ class Target {
   enum class CastInteger { kNone, kRound, kCeiling, kFloor };
 
   void ChooseField(const FieldScope& scope, const Element& model, std::string_view fieldHint);
-  [[nodiscard]] bool Suits(const FieldScope& scope, const MiningField& field) const;
+  [[nodiscard]] bool Suits(const FieldScope& scope, const Element& model, const MiningField& field) const;
   void ReadDeclaration(const FieldScope& scope);
   void ReadTargets(const MiningSchema& schema, const Element& targets);
   void ReadTarget(const Element& target);
-  void ReadTargetValue(const Element& targetValue);
+  void ReadTargetValue(const Element& targetValue, std::unordered_set<std::uint32_t>& known);
   void CheckPriors(const Element& target) const;
   [[nodiscard]] bool ShowsItself(const KelTransformNS::Cell& cell) const;
   CategoryList& OwnCategories(const Element& element);

@@ -272,6 +272,13 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"segment", WithOutput(R"(segmentId="1")"), "needs segments"},
         RefusalCase{"other_target", WithOutput(R"(targetField="t")"), "isn't the target"},
         RefusalCase{"second_best", WithOutput(R"(feature="entityId" rank="2")"), "rank"},
+        RefusalCase{"second_prediction", WithOutput(R"(feature="predictedValue" rank="2")"), "a record has one only"},
+        RefusalCase{"second_display", WithOutput(R"(feature="predictedDisplayValue" rank="2")"), "rank"},
+        RefusalCase{"second_probability", WithOutput(R"(feature="probability" rank="2")"), "rank"},
+        RefusalCase{"second_confidence", WithOutput(R"(feature="confidence" rank="2")"), "rank"},
+        RefusalCase{"no_rank", WithOutput(R"(rank="0")"), "isn't from 1 on"},
+        RefusalCase{"order", WithOutput(R"(feature="entityId" rankOrder="ascending")"), "isn't one of: descending"},
+        RefusalCase{"entity_of_a_value", WithOutput(R"(feature="entityId" value="leaf")"), "has no meaning"},
         RefusalCase{"many_values", WithOutput(R"(isMultiValued="1")"), "isMultiValued"},
         RefusalCase{"order_of_its_own", Leaf(R"(<OutputField name="o" optype="ordinal" dataType="integer">
                         <Value value="3"/><Value value="1"/></OutputField>)"),
@@ -313,6 +320,15 @@ INSTANTIATE_TEST_SUITE_P(
                     "'1e300'"},
         RefusalCase{"cast", Numeric(R"(<Targets><Target field="t" castInteger="up"/></Targets>)"),
                     "round, ceiling, floor"},
+        RefusalCase{
+            "category_twice",
+            Document{
+                .body =
+                    R"(<Targets><Target field="y"><TargetValue value="yes"/><TargetValue value="yes"/></Target></Targets><Node score="yes"><True/></Node>)"},
+            "stands there twice"},
+        RefusalCase{"prior_of_a_number",
+                    Numeric(R"(<Targets><Target field="t"><TargetValue priorProbability="7"/></Target></Targets>)"),
+                    "between 0 and 1"},
         RefusalCase{
             "prior",
             Document{
