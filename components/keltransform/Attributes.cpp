@@ -62,6 +62,13 @@ void RefuseUnknownChildren(const Element& element, std::span<const std::string_v
   RefuseOthers(element, [&](std::string_view name) { return Contains(known, name); });
 }
 
+void RefuseSecond(const Element& element, std::initializer_list<std::string_view> names) {
+  for (const std::string_view name : names) {
+    const Element second = element.Child(name).Next(name);
+    if (second) throw second.Error("is a second one in <" + std::string(element.Name()) + ">");
+  }
+}
+
 void RefuseUnknownBesideExpressions(const Element& element, std::initializer_list<std::string_view> known) {
   RefuseOthers(element, [&](std::string_view name) {
     return IsExpression(name) || Contains({known.begin(), known.size()}, name);

@@ -39,11 +39,13 @@ KEL_EXPORT void RefuseUnknownChildren(const KelXML_1_3::Element& element, std::s
 inline void RefuseUnknownChildren(const KelXML_1_3::Element& element, std::initializer_list<std::string_view> known) {
   RefuseUnknownChildren(element, std::span(known.begin(), known.size()));
 }
-/// The same for an element that may hold expressions.
+/// Throws for a second child of one of the names, of which an element may have one only: the reader would pass over it.
+KEL_EXPORT void RefuseSecond(const KelXML_1_3::Element& element, std::initializer_list<std::string_view> names);
+/// `RefuseUnknownChildren` for an element that may hold expressions.
 void RefuseUnknownBesideExpressions(const KelXML_1_3::Element& element, std::initializer_list<std::string_view> known);
 
 /// A name without the prefix of its namespace, as elements are named.
-[[nodiscard]] std::string_view LocalName(std::string_view name) noexcept;
+[[nodiscard]] KEL_EXPORT std::string_view LocalName(std::string_view name) noexcept;
 
 /// How PMML's rules write a text into an error.
 [[nodiscard]] std::string Quoted(std::string_view text);

@@ -23,14 +23,12 @@ void ReadParameters(const Element& element, DeclaredFunction& function) {
 }
 
 DeclaredFunction ReadFunction(const Element& element, std::size_t visibleDictionaries) {
-  RefuseUnknownBesideExpressions(element, {"ParameterField"});
   (void)ReadOpType(element);  // without influence
   DeclaredFunction function;
   function.name = element.Required("name");
   function.type = ReadDataType(element);
-  function.body = FindExpression(element);
+  function.body = RequiredExpression(element, {"ParameterField"});
   function.visibleDictionaries = visibleDictionaries;
-  if (!function.body) throw element.Error("it has no expression that is known");
   ReadParameters(element, function);
   return function;
 }

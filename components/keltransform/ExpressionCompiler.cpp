@@ -60,22 +60,17 @@ class Path {
   std::vector<Visit> fVisits;
 };
 
+// Only what a record holds can be missing or invalid by its value; a derived field is calculated.
 std::vector<std::string> ReadOrdinalValues(const Element& derivedField) {
   std::vector<std::string> values;
   for (Element child = derivedField.Child("Value"); child; child = child.Next("Value")) {
+    RefuseUnknownChildren(child, {});
+    if (child.Attribute("property").value_or("valid") != "valid") {
+      throw child.AttributeError("property", "has no meaning in a derived field");
+    }
     values.emplace_back(child.Required("value"));
   }
   return values;
-}
-
-Element RequiredExpression(const Element& derivedField) {
-  RefuseUnknownBesideExpressions(derivedField, {"Value", "Interval"});
-  const Element expression = FindExpression(derivedField);
-  if (!expression) throw derivedField.Error("it has no expression that is known");
-  for (Element other = expression.NextSibling(); other; other = other.NextSibling()) {
-    if (IsExpression(other.Name())) throw other.Error("the derived field has another expression already");
-  }
-  return expression;
 }
 
 }  // namespace
@@ -84,6 +79,23 @@ Element FindExpression(const Element& parent) {
   Element child = parent.FirstChild();
   while (child && !IsExpression(child.Name())) child = child.NextSibling();
   return child;
+}
+
+Element RequiredExpression(const Element& parent, std::initializer_list<std::string_view> beside) {
+  RefuseUnknownBesideExpressions(parent, beside);
+  const Element expression = FindExpression(parent);
+  if (!expression) throw parent.Error("it has no expression that is known");
+  for (Element other = expression.NextSibling(); other; other = other.NextSibling()) {
+    if (IsExpression(other.Name())) {
+      throw other.Error("the <" + std::string(parent.Name()) + "> has another expression already");
+    }
+  }
+  return expression;
+}
+
+Element ExpressionOf(const Element& derivedField) {
+  (void)ReadOrdinalValues(derivedField);
+  return RequiredExpression(derivedField, {"Value"});
 }
 
 struct ExpressionCompiler::Impl {
@@ -166,7 +178,7 @@ DeclaredField* ExpressionCompiler::Impl::NextToCompile(Visit& visit, const Path&
 
 void ExpressionCompiler::Impl::CompileDerivedField(DeclaredField& field) {
   try {
-    const Element expression = RequiredExpression(field.element);
+    const Element expression = ExpressionOf(field.element);
     const std::optional<OpType> opType = ReadOpType(field.element);
     const CompiledValue value = Compile(expression, ReadDataType(field.element), field.visibleDictionaries);
     field.resolved = ResolvedField{field.name, value.type, opType.value_or(ImpliedOpType(value.type)),

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
@@ -26,8 +27,14 @@ struct ResolvedField {
   std::vector<std::string> values = {};  ///< of an ordinal derived field that lists its values: these, in their order
 };
 
-/// The expression among the children of an element such as "DerivedField"; no element if there is none.
+/// The first expression among the children of an element such as "OutputField"; no element if there is none.
 [[nodiscard]] KEL_EXPORT KelXML_1_3::Element FindExpression(const KelXML_1_3::Element& parent);
+/// The expression of an element such as "DefineFunction", which must have one and no second, nor anything but what may
+/// stand `beside` it. Throws `PmmlError`.
+[[nodiscard]] KEL_EXPORT KelXML_1_3::Element RequiredExpression(const KelXML_1_3::Element& parent,
+                                                                std::initializer_list<std::string_view> beside);
+/// The same of a "DerivedField", whose "Value"s may only tell an order.
+[[nodiscard]] KEL_EXPORT KelXML_1_3::Element ExpressionOf(const KelXML_1_3::Element& derivedField);
 
 /// Compiles the expressions of one document (or of one model in it) into a `Program`.
 ///

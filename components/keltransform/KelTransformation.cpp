@@ -75,6 +75,10 @@ KelStatus KelTransformation::AddPMML(std::istream& stream, bool /*flag*/) {
   const KelStatus status = ReadTree(stream, KelScoringConst::kPmmlPMML, tree);
   if (!status.IsOK()) return status;
   const Element root = tree->Root();
+  const KelStatus onceEach = Attempt(KelScoringConst::kMalformedField, [&] {
+    RefuseSecond(root, {KelScoringConst::kPmmlDataDictionary, KelScoringConst::kPmmlTransformationDictionary});
+  });
+  if (!onceEach.IsOK()) return onceEach;
   return fImpl->Add(root.Child(KelScoringConst::kPmmlDataDictionary),
                     root.Child(KelScoringConst::kPmmlTransformationDictionary),
                     KelXML_1_3::FindPmmlVersion(root).value_or(""));

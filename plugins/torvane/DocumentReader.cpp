@@ -72,6 +72,7 @@ std::unique_ptr<TorvaneScorer> MakeScorer(const Element& root, const std::string
                           ReadsAllDerivedFields(settings),
                           stream};
   auto compiled = CompiledModel::Build(model, document);
+  RefuseSecond(root, {"DataDictionary", "TransformationDictionary"});  // now that a stream is at its end
   return std::make_unique<TorvaneScorer>(settings, varList, modelType, std::move(pool), std::move(compiled));
 }
 

@@ -26,13 +26,6 @@ double RequiredFinite(const Element& element, std::string_view attribute) {
   return *ReadFinite(element, attribute);
 }
 
-void RefuseSecond(const Element& element, std::initializer_list<const char*> names) {
-  for (const char* name : names) {
-    const Element second = element.Child(name).Next(name);
-    if (second) throw second.Error("is a second one of its model");
-  }
-}
-
 void RefuseUnknownModelChildren(const Element& model, std::initializer_list<std::string_view> body) {
   std::vector<std::string_view> known = {"MiningSchema",     "Output",  "ModelStats",
                                          "ModelExplanation", "Targets", "LocalTransformations",

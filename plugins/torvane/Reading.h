@@ -55,6 +55,7 @@ Enum ReadRequiredWord(const Element& element, std::string_view attribute, const 
 }
 
 using KelTransformNS::IsIgnorable;
+using KelTransformNS::RefuseSecond;
 using KelTransformNS::RefuseUnknownChildren;
 
 /// Whether an element is a model by the older way of composing them, without a schema of its own.
@@ -62,9 +63,6 @@ using KelTransformNS::RefuseUnknownChildren;
 /// The same as `RefuseUnknownChildren` for a model element: what every kind may hold (each but once), and the elements
 /// of this kind's body.
 void RefuseUnknownModelChildren(const Element& model, std::initializer_list<std::string_view> body);
-
-/// Throws for a second child of one of the names, of which an element may have one only: the reader would pass over it.
-void RefuseSecond(const Element& element, std::initializer_list<const char*> names);
 
 /// A number that is neither infinite nor NaN, which throw. Nothing if the attribute isn't there.
 [[nodiscard]] std::optional<double> ReadFinite(const Element& element, std::string_view attribute);

@@ -9,6 +9,7 @@ namespace {
 
 DiscretizeTable::Bin ReadBin(const Element& element, DataType input, DataType type, TextPool& pool) {
   RefuseUnknownChildren(element, {"Interval"});
+  RefuseSecond(element, {"Interval"});
   return {ReadInterval(element.RequiredChild("Interval"), input), ReadLiteralOf(element, "binValue", type, pool)};
 }
 

@@ -58,12 +58,12 @@ class TableReader {
     if (hasKeys) fCode.Data().mapValues.AppendRow(fKeys, result);
   }
 
-  // Of several cells of one column the first counts.
   void FindCells(const Element& row) {
     for (auto& [name, cell] : fCells) cell = Element();
     for (Element child = row.FirstChild(); child; child = child.NextSibling()) {
       const auto column = fCells.find(child.Name());
-      if (column == fCells.end() || column->second) continue;
+      if (column == fCells.end()) continue;
+      if (column->second) throw child.Error("stands in its row twice");
       RefuseUnknownChildren(child, {});
       column->second = child;
     }
@@ -128,6 +128,7 @@ std::vector<Operand> OperandsOf(const std::vector<KeyColumn>& columns) {
 // Without a table it tells records with a missing input from others.
 CompiledValue CompileMapValues(const Element& element, ExpressionContext& context) {
   RefuseUnknownChildren(element, {"FieldColumnPair", "InlineTable", "TableLocator"});
+  RefuseSecond(element, {"InlineTable"});
   const Element locator = element.Child("TableLocator");
   if (locator) throw locator.Error("a table outside the document isn't supported");
   std::vector<KeyColumn> columns = CompileKeyColumns(element, context);

@@ -32,6 +32,13 @@ void DescribeCells(const Element& row, std::string& description) {
   }
 }
 
+void DescribeRows(const Element& table, std::string& description) {
+  description.append(table.Name());
+  for (Element row = table.FirstChild(); row; row = row.NextSibling()) {
+    DescribeCells(row, description.append("\n").append(row.Name()).append(1, '\0'));
+  }
+}
+
 // Where two texts are equal, so are the rules: all that a counter reads. No part has the character 0 in it.
 std::string DescribeRules(const Element& textIndex) {
   std::string description;
@@ -43,9 +50,7 @@ std::string DescribeRules(const Element& textIndex) {
   const std::string_view kind = "TextIndexNormalization";
   for (Element table = textIndex.Child(kind); table; table = table.Next(kind)) {
     DescribeAttributes(table, description.append("\n\n"));
-    for (Element row = table.Child("InlineTable").Child("row"); row; row = row.Next("row")) {
-      DescribeCells(row, description.append("\n"));
-    }
+    for (Element child = table.FirstChild(); child; child = child.NextSibling()) DescribeRows(child, description);
   }
   return description;
 }
@@ -67,8 +72,7 @@ double WeightOf(const TermCounts& counts, std::uint32_t term, TermWeights weight
 
 // A term is known while the document is compiled: a constant, or a parameter whose argument is one.
 const std::string& RequiredTerm(const Element& textIndex, ExpressionContext& context) {
-  const Element expression = FindExpression(textIndex);
-  if (!expression) throw textIndex.Error("it has no term");
+  const Element expression = RequiredExpression(textIndex, {"TextIndexNormalization"});
   if (expression.Is("Constant") || expression.Is("FieldRef")) {
     const CompiledValue term = CompileAnyExpression(expression, context);
     const CompiledValue text = context.code.Converted(term, DataType::kString, expression);
@@ -106,7 +110,6 @@ Cell TextIndexTable::Evaluate(std::uint32_t index, const Cell& text) const noexc
 }
 
 CompiledValue CompileTextIndex(const Element& element, ExpressionContext& context) {
-  RefuseUnknownBesideExpressions(element, {"TextIndexNormalization"});
   const CompiledValue field = context.findField(element.Required("textField"), element);
   const CompiledValue text = context.code.Converted(field, DataType::kString, element);
   const TermWeights weights = ReadEnum(element, "localTermWeights", kWeights, TermWeights::kTermFrequency);

@@ -21,6 +21,7 @@ std::string_view ColumnName(const Element& element, std::string_view attribute, 
 Element FindCell(const Element& row, std::string_view column) {
   const Element cell = row.Child(column);
   RefuseUnknownChildren(cell, {});
+  RefuseSecond(row, {column});
   return cell;
 }
 
@@ -86,6 +87,7 @@ TextNormalization::TextNormalization(const Element& element, const WordSettings&
     : fSettings(ReadWordSettings(element, outer)), fIsRecursive(element.Boolean("recursive", false)) {
   if (fSettings.isTokenized) fSeparator = std::make_unique<RegularExpression>(fSettings.separator, true, element);
   RefuseUnknownChildren(element, {"InlineTable", "TableLocator"});
+  RefuseSecond(element, {"InlineTable"});
   const Element locator = element.Child("TableLocator");
   if (locator) throw locator.Error("a table outside the document isn't supported");
   const Element table = element.RequiredChild("InlineTable");

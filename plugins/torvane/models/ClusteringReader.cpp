@@ -5,6 +5,7 @@
 #include <string>
 
 #include "components/kelparsexml/PmmlArray.h"
+#include "plugins/torvane/models/Parts.h"
 
 namespace Torvane {
 
@@ -24,7 +25,6 @@ std::unique_ptr<ClusteringModel> ClusteringReader::Read() {
   RefuseUnknownModelChildren(
       fElement, {"ComparisonMeasure", "ClusteringField", "CenterFields", "MissingValueWeights", "Cluster"});
   RefuseSecond(fElement, {"ComparisonMeasure", "CenterFields", "MissingValueWeights"});
-  if (fElement.Child("Targets")) throw fElement.Child("Targets").Error("has no meaning for a clustering");
   fHasCenters = ReadRequiredWord(fElement, "modelClass", kModelClasses);
   ReadClusteringFields();
   ReadMissingWeights();
@@ -38,10 +38,7 @@ std::unique_ptr<ClusteringModel> ClusteringReader::Read() {
 void ClusteringReader::ReadClusteringFields() {
   const Element centerFields = fElement.Child("CenterFields");
   if (centerFields && !fHasCenters) throw centerFields.Error("belongs to the model class centerBased");
-  const Element stats = fElement.Child("ModelStats");
-  for (Element child = stats.Child("UnivariateStats"); child; child = child.Next("UnivariateStats")) {
-    fUnivariateStats.emplace(child.Required("field"), child);
-  }
+  if (!fHasCenters) ReadStatistics();
   for (Element child = fElement.Child("ClusteringField"); child; child = child.Next("ClusteringField")) {
     RefuseUnknownChildren(child, {"Comparisons"});
     if (!fSettings.emplace(child.Required("field"), child).second) {
@@ -52,6 +49,15 @@ void ClusteringReader::ReadClusteringFields() {
   }
   if (centerFields) ReadCenterFields(centerFields);
   if (fModel->fMeasure.FieldCount() == 0) throw fElement.Error("has no field that its clusters are compared in");
+}
+
+void ClusteringReader::ReadStatistics() {
+  RefuseSecond(fElement, {"ModelStats"});
+  const Element stats = fElement.Child("ModelStats");
+  for (Element child = stats.Child("UnivariateStats"); child; child = child.Next("UnivariateStats")) {
+    const bool isNew = fUnivariateStats.emplace(child.Required("field"), child).second;
+    if (!isNew) throw child.AttributeError("field", "stands there twice");
+  }
 }
 
 // What isn't part of a centre has no influence on its distance.
@@ -91,6 +97,7 @@ Element ClusteringReader::FindSettings(const Element& derivedField) const {
 ListedValues ClusteringReader::ListValues(const Element& element, std::string_view name, const Field& field) {
   const auto stats = fUnivariateStats.find(name);
   if (stats == fUnivariateStats.end()) return DeclaredValues(element, name, field, fScope);
+  RefuseSecond(stats->second, {"DiscrStats", "ContStats"});
   ListedValues listed;
   if (const Element values = stats->second.Child("DiscrStats").Child("Array")) {
     for (const std::string& text : KelXML_1_3::ReadStringArray(values)) {
@@ -110,7 +117,7 @@ void ClusteringReader::ReadMissingWeights() {
   const Element element = fElement.Child("MissingValueWeights");
   if (!element) return;
   RefuseUnknownChildren(element, {"Array"});
-  std::vector<double> weights = KelXML_1_3::ReadNumberArray(element.RequiredChild("Array"));
+  std::vector<double> weights = KelXML_1_3::ReadNumberArray(OnlyChild(element, "Array"));
   const std::size_t count = fModel->fMeasure.FieldCount();
   if (weights.size() != count && weights.size() == fIsCenterField.size() && !fElement.Child("CenterFields")) {
     std::size_t kept = 0;
@@ -136,9 +143,9 @@ void ClusteringReader::ReadClusters() {
     const std::string_view id = child.Attribute("id").value_or(position);
     fTarget.AddCluster(child, id, child.Attribute("name").value_or(id));
     if (fHasCenters) {
-      fComparison.AddPoint(child.RequiredChild("Array"));
+      fComparison.AddPoint(OnlyChild(child, "Array"));
     } else {
-      ReadPartition(child.RequiredChild("Partition"));
+      ReadPartition(OnlyChild(child, "Partition"));
     }
   }
   if (fElement.Integer("numberOfClusters").value_or(count) != count) {
@@ -149,7 +156,8 @@ void ClusteringReader::ReadClusters() {
 void ClusteringReader::ReadPartition(const Element& partition) {
   NameMap<Element> statsByField;
   for (Element child = partition.Child("PartitionFieldStats"); child; child = child.Next("PartitionFieldStats")) {
-    statsByField.emplace(child.Required("field"), child);
+    const bool isNew = statsByField.emplace(child.Required("field"), child).second;
+    if (!isNew) throw child.AttributeError("field", "stands there twice");
   }
   fShares.clear();
   for (const Distribution& distribution : fDistributions) {

@@ -24,6 +24,7 @@ class ClusteringReader {
   };
 
   void ReadClusteringFields();
+  void ReadStatistics();
   void ReadClusteringField(const Element& element);
   void ReadCenterFields(const Element& centerFields);
   [[nodiscard]] Element FindSettings(const Element& derivedField) const;

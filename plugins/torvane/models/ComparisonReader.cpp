@@ -177,9 +177,9 @@ void ComparisonReader::Add(ComparedField compared, std::uint32_t rowCount, std::
 // The rows are those of the record's value, the columns those of the point's.
 void ComparisonReader::ReadTable(const Element& settings, std::string_view name, const ListedValues& listed,
                                  ComparedField& compared) {
-  const Element comparisons = settings.RequiredChild("Comparisons");
+  const Element comparisons = OnlyChild(settings, "Comparisons");
   RefuseUnknownChildren(comparisons, {"Matrix"});
-  const KelXML_1_3::PmmlMatrix matrix = ReadMatrix(comparisons.RequiredChild("Matrix"), fScope.GetDocument().expansion);
+  const KelXML_1_3::PmmlMatrix matrix = ReadMatrix(OnlyChild(comparisons, "Matrix"), fScope.GetDocument().expansion);
   const std::size_t count = listed.Count();
   if (matrix.Rows() != count || matrix.Columns() != count) {
     throw comparisons.Error("needs a matrix of " + std::to_string(count) + " rows and columns, as many as field " +

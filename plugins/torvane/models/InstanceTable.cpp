@@ -2,23 +2,25 @@
 
 #include <algorithm>
 
+#include "plugins/torvane/models/Parts.h"
+
 namespace Torvane {
 
 // The counts of records and fields are information: shortened documents keep the old ones.
 InstanceTable::InstanceTable(const Element& trainingInstances)
     : fIsTransformed(trainingInstances.Boolean("isTransformed", false)) {
   RefuseUnknownChildren(trainingInstances, {"InstanceFields", "InlineTable"});
-  const Element fields = trainingInstances.RequiredChild("InstanceFields");
+  const Element fields = OnlyChild(trainingInstances, "InstanceFields");
   RefuseUnknownChildren(fields, {"InstanceField"});
   for (Element child = fields.Child("InstanceField"); child; child = child.Next("InstanceField")) {
     RefuseUnknownChildren(child, {});
     const std::string_view field = child.Required("field");
-    const std::string_view name = child.Attribute("column").value_or(field);
+    const std::string_view name = KelTransformNS::LocalName(child.Attribute("column").value_or(field));
     const std::size_t column = fByColumn.emplace(name, fByColumn.size()).first->second;
     if (!fByField.emplace(field, column).second) throw child.AttributeError("field", "has a column already");
   }
   fTexts.resize(fByColumn.size());
-  const Element table = trainingInstances.RequiredChild("InlineTable");
+  const Element table = OnlyChild(trainingInstances, "InlineTable");
   RefuseUnknownChildren(table, {"row"});
   fNextRow = table.Child("row");
 }

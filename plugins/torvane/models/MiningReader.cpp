@@ -84,6 +84,7 @@ void MiningReader::ReadSegmentation(const Element& segmentation) {
   ReadMissingTreatment(segmentation);
   fScope.Compiler().DeclareDerivedFields(segmentation.Child("LocalTransformations"));
   ReadSegments(segmentation);
+  RefuseSecond(segmentation, {"LocalTransformations"});
   CheckOrder(segmentation);
 }
 

@@ -1,20 +1,11 @@
 #include "plugins/torvane/models/NeighborhoodReader.h"
 
+#include "plugins/torvane/models/Parts.h"
 #include "plugins/torvane/models/TrainingFrame.h"
 
 namespace Torvane {
 
 using KelTransformNS::Cell;
-
-namespace {
-
-Element OnlyChild(const Element& model, std::string_view name) {
-  const Element child = model.RequiredChild(name);
-  if (child.Next(name)) throw child.Next(name).Error("stands there twice");
-  return child;
-}
-
-}  // namespace
 
 NeighborhoodReader::NeighborhoodReader(const Element& model, FieldScope& scope)
     : fElement(model),

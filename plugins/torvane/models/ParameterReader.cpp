@@ -39,6 +39,7 @@ void ParameterReader::ReadPredictors(const Element& list, bool areFactors) {
   RefuseUnknownChildren(list, {"Predictor"});
   for (Element child = list.Child("Predictor"); child; child = child.Next("Predictor")) {
     RefuseUnknownChildren(child, {"Categories", "Matrix"});
+    RefuseSecond(child, {"Categories", "Matrix"});
     const std::string_view name = child.Required("name");
     Predictor predictor{areFactors ? fScope.Resolve(name, child) : fScope.ResolveNumeric(name, child), areFactors};
     const Element matrix = child.Child("Matrix");

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "components/keltransform/ExpressionCompiler.h"
+
 namespace Torvane {
 
 Element OnlyChild(const Element& element, std::string_view name) {
@@ -25,14 +27,7 @@ KelXML_1_3::PmmlMatrix ReadMatrix(const Element& matrix, Expansion& expansion) {
 Element OnlyExpression(const Element& derivedField) {
   (void)KelTransformNS::ReadOpType(derivedField);  // without influence
   (void)KelTransformNS::ReadDataType(derivedField);
-  Element expression;
-  for (Element child = derivedField.FirstChild(); child; child = child.NextSibling()) {
-    if (child.Is("Value") || IsIgnorable(child)) continue;
-    if (expression) throw child.Error("is a second expression");
-    expression = child;
-  }
-  if (!expression) throw derivedField.Error("has no expression");
-  return expression;
+  return KelTransformNS::ExpressionOf(derivedField);
 }
 
 }  // namespace Torvane

@@ -189,7 +189,10 @@ TEST_P(TextIndexRefusalTest, AddPMML_BadTextIndex_SaysWhy) {
 INSTANTIATE_TEST_SUITE_P(
     All, TextIndexRefusalTest,
     testing::Values(
-        RefusedIndexCase{"no_term", R"(<TextIndex textField="s"/>)", "<TextIndex> line 18: it has no term"},
+        RefusedIndexCase{"no_term", R"(<TextIndex textField="s"/>)", "<TextIndex> line 18: it has no expression"},
+        RefusedIndexCase{"two_terms",
+                         R"(<TextIndex textField="s"><Constant>a</Constant><Constant>b</Constant></TextIndex>)",
+                         "the <TextIndex> has another expression already"},
         RefusedIndexCase{"no_field", "<TextIndex><Constant>a</Constant></TextIndex>", "textField"},
         RefusedIndexCase{"unknown_field", R"(<TextIndex textField="z"><Constant>a</Constant></TextIndex>)",
                          R"(<TextIndex textField="z"> line 18: there is no such field)"},
@@ -215,6 +218,12 @@ INSTANTIATE_TEST_SUITE_P(
                          "needs a text that is taken apart into words"},
         RefusedIndexCase{"separator", Index("a", R"(wordSeparatorCharacterRE="[")"), R"("[" is no regular expression)"},
         RefusedIndexCase{"no_table", Index("a", "", "<TextIndexNormalization/>"), "InlineTable"},
+        RefusedIndexCase{
+            "two_tables",
+            Index("a", "", "<TextIndexNormalization><InlineTable/><InlineTable/></TextIndexNormalization>"),
+            "is a second one in <TextIndexNormalization>"},
+        RefusedIndexCase{"two_cells_of_a_column", Index("a", "", Table(Row("a", "b", "<stem>c</stem>"))),
+                         "is a second one in <row>"},
         RefusedIndexCase{"table_elsewhere",
                          Index("a", "", "<TextIndexNormalization><TableLocator/></TextIndexNormalization>"),
                          "a table outside the document"},

@@ -171,6 +171,8 @@ INSTANTIATE_TEST_SUITE_P(
                             Field("x"), R"(<ParameterField name="p"> line 20: is the name of another)"},
         RefusedFunctionCase{"no_body", Define("f", "", Parameter("p")), Field("x"),
                             "<DefineFunction> line 19: it has no"},
+        RefusedFunctionCase{"two_bodies", Define("f", "", Parameter("p") + Field("p") + Field("p")), Field("x"),
+                            "the <DefineFunction> has another expression already"},
         RefusedFunctionCase{"unknown_type", Define("f", "complex", Field("p")), Field("x"), R"(dataType="complex")"},
         RefusedFunctionCase{"unknown_parameter_type", Define("f", "", Parameter("p", "complex") + Field("p")),
                             Field("x"), R"(<ParameterField dataType="complex">)"},

@@ -367,6 +367,44 @@ INSTANTIATE_TEST_SUITE_P(
                      R"(<MissingValueWeights><Array type="real">0</Array></MissingValueWeights>)" + Center("1")),
             "all 0"},
         RefusalCase{"targets", Clusters("<Targets/>" + Measure("euclidean") + kX + Center("1")), "no meaning"},
+        RefusalCase{"two_weight_lists",
+                    Clusters(Measure("euclidean") + kX + R"(<MissingValueWeights><Array type="real">1</Array>
+                        <Array type="real">2</Array></MissingValueWeights>)" +
+                             Center("1")),
+                    "<Array> line 16: is a second one"},
+        RefusalCase{"two_centers",
+                    Clusters(Measure("euclidean") + kX +
+                             R"(<Cluster><Array type="real">1</Array><Array type="real">2</Array></Cluster>)"),
+                    "is a second one"},
+        RefusalCase{"two_tables",
+                    Clusters(Measure("euclidean") +
+                             R"(<ClusteringField field="s" compareFunction="table"><Comparisons/><Comparisons/>
+                        </ClusteringField>)" +
+                             Center("a")),
+                    "<Comparisons> line 15: is a second one"},
+        RefusalCase{"two_matrices",
+                    Clusters(Measure("euclidean") + R"(<ClusteringField field="s" compareFunction="table"><Comparisons>
+                        <Matrix/><Matrix/></Comparisons></ClusteringField>)" +
+                             Center("a")),
+                    "is a second one"},
+        RefusalCase{"two_partitions",
+                    Distributed(R"(<ClusteringField field="s" compareFunction="equal"/>)", "<Partition/><Partition/>"),
+                    "is a second one"},
+        RefusalCase{"two_statistics",
+                    Distributed(R"(<ClusteringField field="s" compareFunction="equal"/>)",
+                                R"(<Partition><PartitionFieldStats field="s"/><PartitionFieldStats field="s"/>
+                                   </Partition>)"),
+                    "stands there twice"},
+        RefusalCase{"two_univariate_statistics",
+                    Distributed(R"(<ModelStats><UnivariateStats field="s"/><UnivariateStats field="s"/></ModelStats>
+                                <ClusteringField field="s" compareFunction="equal"/>)",
+                                "<Partition/>"),
+                    "<UnivariateStats field=\"s\">"},
+        RefusalCase{"two_value_lists",
+                    Distributed(R"(<ModelStats><UnivariateStats field="s"><DiscrStats/><DiscrStats/></UnivariateStats>
+                                </ModelStats><ClusteringField field="s" compareFunction="equal"/>)",
+                                "<Partition/>"),
+                    "is a second one in <UnivariateStats>"},
         RefusalCase{"no_partition", Distributed(R"(<ClusteringField field="s" compareFunction="equal"/>)", ""),
                     "Partition"},
         RefusalCase{"no_statistics",

@@ -124,6 +124,21 @@ TEST(StreamEntry, OtherKindOfModel_IsRefusedEvenIfATreeStandsInIt) {
   EXPECT_EQ(FromDom(text, "TreeModel", nothing), nullptr);
 }
 
+// Also behind an ensemble, whose segments are read one at a time.
+TEST(StreamEntry, SecondDictionary_IsRefusedWhereverItStands) {
+  for (const char* dictionary : {"<DataDictionary/>", "<TransformationDictionary/>"}) {
+    for (const char* place : {"<MiningModel", "</PMML>"}) {
+      std::string text = R"(<PMML version="4.0"><DataDictionary/><TransformationDictionary/>
+          <MiningModel functionName="regression"><MiningSchema/><Segmentation multipleModelMethod="sum"><Segment><True/>
+          <RegressionModel functionName="regression"><MiningSchema/><RegressionTable intercept="1"/></RegressionModel>
+          </Segment></Segmentation></MiningModel></PMML>)";
+      EXPECT_NE(TryLoad(text).scorer, nullptr);
+      text.insert(text.find(place), dictionary);
+      EXPECT_NE(TryLoad(text).reason.find("is a second one in <PMML>"), std::string::npos) << dictionary << place;
+    }
+  }
+}
+
 TEST(StreamEntry, SecondModel_IsLeftAlone) {
   std::string text = OneLeaf().Text();
   text.insert(text.find("</PMML>"), "<TreeModel functionName=\"regression\"><Nonsense/></TreeModel>");

@@ -506,6 +506,13 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"category_without_column",
                     Factor("<Matrix><Array>1 0</Array><Array>0 1</Array><Array>0 0</Array></Matrix>", "c"),
                     "has no column"},
+        RefusalCase{"two_matrices", Factor("<Matrix/><Matrix/>"), "is a second one in <Predictor>"},
+        RefusalCase{"two_category_lists", Factor("<Categories/><Categories/><Matrix/>"), "is a second one"},
+        RefusalCase{"standard_error",
+                    With("<ParameterList>",
+                         "<Output><OutputField name=\"e\" feature=\"standardError\"/></Output>"
+                         "<PCovMatrix/><ParameterList>"),
+                    "is not supported: nothing is computed of the <PCovMatrix>"},
         RefusalCase{"category_listed_twice", Factor(R"(<Categories><Category value="a"/><Category value="a"/>
                         </Categories><Matrix><Array>1</Array><Array>0</Array></Matrix>)"),
                     "lists a category twice"}),

@@ -897,6 +897,14 @@ INSTANTIATE_TEST_SUITE_P(
                 Segmentation("sum", Segment("<RegressionModel functionName=\"regression\" isScorable=\"false\">" +
                                             Fields({"x"}) + "<RegressionTable intercept=\"1\"/></RegressionModel>")),
                 "isn't meant for scoring"},
+        Refusal{
+            "feature_of_no_segment",
+            "<Output><OutputField name=\"r\" feature=\"foo\" segmentId=\"9\"/></Output>" + Segmentation("sum", kOne),
+            "isn't one of: predictedValue"},
+        Refusal{"targets_of_clusters", "<Targets><Target/></Targets>" + Segmentation("majorityVote", kOne),
+                "has no meaning for a clustering", "clustering"},
+        Refusal{"two_lists_of_fields", Segmentation("sum", "<LocalTransformations/><LocalTransformations/>" + kOne),
+                "is a second one in <Segmentation>"},
         Refusal{"residual_without_target",
                 "<Output><OutputField name=\"r\" feature=\"residual\" segmentId=\"1\"/></Output>" +
                     Segmentation("sum", kOne),

@@ -314,6 +314,33 @@ TEST(SeveralTargets, OneOfAMixedModel_IsPredictedAsItsFieldIs) {
   EXPECT_EQ(Load(Line("mixed", {"yes", "no"}, R"(numberOfNeighbors="1")")).Predict({{"x", 2.0}}).GetString(), "no");
 }
 
+// The optype of a target is that of its "Target", else that of its mining field, else that of its declaration.
+TEST(SeveralTargets, OpTypeOfATarget_DecidesHowItIsPredicted) {
+  Document document = Line("mixed", {"yes", "no"}, R"(numberOfNeighbors="1")");
+  document.dictionary = R"(<DataField name="x" optype="continuous" dataType="double"/>
+      <DataField name="y" optype="continuous" dataType="double"><Value value="1"/></DataField>)";
+  document.schema = R"(<MiningField name="x"/>)";
+  const auto withTargets = [&](const std::string& targets) {
+    Document changed = document;
+    changed.body = targets + Instances(Row(1, "<x>0</x>", "1") + Row(2, "<x>1</x>", "2"), "y") + Measure("euclidean") +
+                   Inputs(R"(<KNNInput field="x"/>)");
+    ValueRecord outputs(2);
+    EXPECT_TRUE(Load(changed).scorer->Scorable(outputs).IsOK());
+    return outputs.IndexOf("probability") >= 0 ? "categories" : "numbers";
+  };
+  EXPECT_STREQ(withTargets(""), "numbers");
+  EXPECT_STREQ(withTargets(R"(<Targets><Target field="y" optype="categorical"/></Targets>)"), "categories");
+  EXPECT_STREQ(withTargets(R"(<Targets><Target optype="ordinal"/></Targets>)"), "categories");
+  EXPECT_STREQ(withTargets(R"(<Targets><Target field="y" optype="continuous"/></Targets>)"), "numbers");
+}
+
+TEST(Instances, ColumnWithAPrefix_IsThatOfTheCellsWithout) {
+  Document document = Line("regression", {"5", "7"}, R"(numberOfNeighbors="1")");
+  const std::string field = R"(<InstanceField field="x"/>)";
+  document.body.replace(document.body.find(field), field.size(), R"(<InstanceField field="x" column="data:x"/>)");
+  EXPECT_EQ(Load(document).Predict({{"x", 1.0}}).GetString(), "7");
+}
+
 // --- Refusals ---
 
 struct RefusalCase {
@@ -332,6 +359,12 @@ TEST_P(NeighborRefusal, Document_IsRefusedWithAReason) {
 Document Changed(const std::string& from, const std::string& to) {
   Document document = Line("regression", {"1", "2"}, R"(numberOfNeighbors="2")");
   document.body.replace(document.body.find(from), from.size(), to);
+  return document;
+}
+
+Document Clustering(const std::string& inside) {
+  Document document = Line("clustering", {"", ""}, R"(numberOfNeighbors="1" instanceIdVariable="ID")");
+  document.body = inside + document.body.substr(document.body.find("<TrainingInstances"));
   return document;
 }
 
@@ -374,6 +407,18 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"table", Changed("<KNNInput field=\"x\"/>", R"(<KNNInput field="s" compareFunction="table"/>)"),
                     "Comparisons"},
         RefusalCase{"elsewhere", Changed("<InlineTable>", "<TableLocator/><InlineTable>"), "TableLocator"},
+        RefusalCase{"two_tables", Changed("<InlineTable>", "<InlineTable/><InlineTable>"), "is a second one"},
+        RefusalCase{"two_column_lists", Changed("<InlineTable>", "<InstanceFields/><InlineTable>"), "is a second one"},
+        RefusalCase{"targets", Clustering("<Targets/>"), "<Targets> line 13: has no meaning for a clustering"},
+        RefusalCase{"entity_of_a_value",
+                    Clustering(R"(<Output><OutputField name="o" feature="entityId" value="11"/></Output>)"),
+                    "has no meaning for an entityId"},
+        RefusalCase{"affinity_of_a_rank_and_a_value",
+                    Clustering(R"(<Output><OutputField name="o" feature="affinity" rank="2" value="11"/></Output>)"),
+                    "stands beside a rank"},
+        RefusalCase{"worst_first",
+                    Clustering(R"(<Output><OutputField name="o" feature="affinity" rankOrder="ascending"/></Output>)"),
+                    "isn't one of: descending"},
         RefusalCase{"column_twice", Changed("<InstanceField field=\"f\"/>", "<InstanceField field=\"x\"/>"),
                     "has a column already"}),
     KelTest::CaseName());

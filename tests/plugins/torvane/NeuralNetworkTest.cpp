@@ -466,7 +466,10 @@ INSTANTIATE_TEST_SUITE_P(
                     "gives a text"},
         RefusalCase{"input_of_unknown_field", OfInput(R"(<FieldRef field="q"/>)"), "no such field"},
         RefusalCase{"input_without_expression", OfInput(""), "has no expression"},
-        RefusalCase{"input_of_two_expressions", OfInput(R"(<FieldRef field="x"/><FieldRef field="n"/>)"), "a second"},
+        RefusalCase{"input_of_two_expressions", OfInput(R"(<FieldRef field="x"/><FieldRef field="n"/>)"),
+                    "has another expression"},
+        RefusalCase{"input_of_marked_values", OfInput(R"(<FieldRef field="x"/><Value value="1" property="missing"/>)"),
+                    "has no meaning in a derived field"},
         RefusalCase{"input_count",
                     Regression("<NeuralInputs numberOfInputs=\"2\">" + Input("x", R"(<FieldRef field="x"/>)") +
                                "</NeuralInputs>" + kOneLayer + NumberOutput("1")),
