@@ -58,7 +58,7 @@ Key ReadKey(const std::vector<std::string>& texts, const std::vector<std::string
   std::string scratch;
   for (std::size_t i = 0; i < texts.size(); ++i) {
     const FieldKind kind = i < splitFields.size() ? KindOf(splitFields[i], fields) : FieldKind::kText;
-    if (!texts[i].empty() && !ReadFieldValue(kind, texts[i], key[i], scratch))
+    if (!texts[i].empty() && !ReadFieldValue(kind, {}, texts[i], key[i], scratch))
       throw Failure(kBadUsage, "--split-member: " + Quoted(texts[i]) + " is no number, as the field " +
                                    Quoted(splitFields[i]) + " is");
   }

@@ -52,7 +52,9 @@ std::vector<ModelField> ModelFields(const KelVarList& variables, const DataField
     const IKelVariable& variable = *variables.GetVarAt(i);
     if (!ComesFromHost(variable, dataFields)) continue;
     const bool needed = RoleOf(variable, dataFields) == kRoleInput;
-    fields.push_back({variable.GetName(), KindOf(variable, dataFields), needed});
+    const auto declared = dataFields.find(variable.GetName());
+    fields.push_back({variable.GetName(), KindOf(variable, dataFields), needed,
+                      declared == dataFields.end() ? std::vector<std::string>() : declared->second.markers});
   }
   return fields;
 }

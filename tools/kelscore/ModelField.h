@@ -10,7 +10,7 @@ namespace kelscore {
 
 /// How the text of a table becomes a value.
 enum class FieldKind {
-  kNumber,        ///< a number; any other text is a fault of the row
+  kNumber,        ///< a number or a marker; any other text is a fault of the row
   kText,          ///< the text as it stands
   kNumberOrText,  ///< a number if the whole text is one, else the text
 };
@@ -19,13 +19,15 @@ enum class FieldKind {
 struct ModelField {
   std::string name;
   FieldKind kind;
-  bool needed;  ///< the model looks at it, so that a table without it is worth a word
+  bool needed;                            ///< the model looks at it, so that a table without it is worth a word
+  std::vector<std::string> markers = {};  ///< texts that may stand for a number: the model knows what they mean
 };
 
 /// What a document declares of a data field. A text is empty where the document has none.
 struct DataField {
   std::string dataType;
-  std::string usageType;  ///< in the model's mining schema
+  std::string usageType;                  ///< in the model's mining schema
+  std::vector<std::string> markers = {};  ///< the values that it declares as missing or invalid
 };
 
 /// The data fields of a document by name.

@@ -17,7 +17,11 @@ class DataFieldsHandler : public FaultHandler {
   void startElement(const XMLCh*, const XMLCh*, const XMLCh* element, const xercesc::Attributes& attributes) override {
     const auto valueOf = [&attributes](const WideName& name) { return ToUtf8(attributes.getValue(name.Text())); };
     if (kDataField.Is(element)) {
-      fFields.emplace(valueOf(kName), DataField{valueOf(kDataType), ""});
+      fDataField = fFields.emplace(valueOf(kName), DataField{valueOf(kDataType), ""}).first;
+    } else if (kValue.Is(element) && fDataField != fFields.end()) {
+      const std::string property = valueOf(kProperty);
+      if (property == "missing" || property == "invalid")
+        fDataField->second.markers.push_back(valueOf(kValueAttribute));
     } else if (kMiningField.Is(element)) {
       const auto field = fFields.find(valueOf(kName));
       if (field != fFields.end()) field->second.usageType = valueOf(kUsageType);
@@ -25,6 +29,7 @@ class DataFieldsHandler : public FaultHandler {
   }
   void endElement(const XMLCh*, const XMLCh*, const XMLCh* element) override {
     fAtEnd = fAtEnd || kMiningSchema.Is(element);
+    if (kDataField.Is(element)) fDataField = fFields.end();
   }
   [[nodiscard]] bool Done() const override { return fAtEnd || FaultHandler::Done(); }
   [[nodiscard]] DataFields& Fields() { return fFields; }
@@ -35,9 +40,13 @@ class DataFieldsHandler : public FaultHandler {
   const WideName kMiningField{Const::kPmmlMiningField};
   const WideName kMiningSchema{Const::kPmmlMiningSchema};
   const WideName kName{Const::kPmmlName};
+  const WideName kProperty{Const::kPmmlProperty};
+  const WideName kValue{Const::kPmmlValueElement};
+  const WideName kValueAttribute{Const::kPmmlValue};
   const WideName kUsageType{Const::kPmmlUsageType};
 
   DataFields fFields;
+  DataFields::iterator fDataField = fFields.end();  // the one that is being read
   bool fAtEnd = false;
 };
 

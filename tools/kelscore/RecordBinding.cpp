@@ -18,7 +18,7 @@ RecordBinding::RecordBinding(const std::vector<ModelField>& fields, const std::v
     const auto column = std::find(header.begin(), header.end(), field.name);
     if (column != header.end()) {
       const int position = fPrototype.Add(field.name, Value::NULL_VALUE);
-      fFields.push_back({static_cast<std::size_t>(column - header.begin()), position, field.kind});
+      fFields.push_back({static_cast<std::size_t>(column - header.begin()), position, field.kind, field.markers});
     } else if (field.needed) {
       fPrototype.Add(field.name, Value::NULL_VALUE);
       fMissingColumns.push_back(field.name);
@@ -51,7 +51,7 @@ bool RecordBinding::FillField(const BoundField& field, std::string_view text, Va
     value.SetNull();
     return true;
   }
-  return ReadFieldValue(field.kind, text, value, fText);
+  return ReadFieldValue(field.kind, field.markers, text, value, fText);
 }
 
 std::string RecordBinding::Reason(const BoundField& field, std::string_view text) const {

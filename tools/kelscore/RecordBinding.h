@@ -35,6 +35,7 @@ class RecordBinding {
     std::size_t column;
     int position;  // in the record
     FieldKind kind;
+    std::vector<std::string> markers;
   };
 
   [[nodiscard]] bool IsMissing(std::string_view text) const;

@@ -24,6 +24,7 @@ struct Input {
   std::size_t column;
   int position;  // in the record
   FieldKind kind;
+  std::vector<std::string> markers;
 };
 
 /// A column of the rows that a result is compared with.
@@ -71,7 +72,7 @@ class Verifier {
     for (const ModelField& field : fModel.Fields()) {
       const int position = fIn.Add(field.name, Value::NULL_VALUE);
       const std::optional<std::size_t> column = FindColumn(field.name);
-      if (column) fInputs.push_back({*column, position, field.kind});
+      if (column) fInputs.push_back({*column, position, field.kind, field.markers});
       if (field.needed && (!column || IsEmpty(*column))) unused += (unused.empty() ? "" : ", ") + Quoted(field.name);
     }
     if (!unused.empty()) fConsole.Tell(fModel.Name() + ": warning: the verification rows have no value for " + unused);
@@ -133,7 +134,7 @@ class Verifier {
     fIn.SetAllNull();
     for (const Input& input : fInputs) {
       const std::optional<std::string>& cell = row.cells[input.column];
-      if (cell && !ReadFieldValue(input.kind, *cell, fIn[input.position], fScratch)) {
+      if (cell && !ReadFieldValue(input.kind, input.markers, *cell, fIn[input.position], fScratch)) {
         reason = "field " + Quoted(fIn.NameAt(input.position)) + ": " + Quoted(*cell) + " is not a finite number";
         return false;
       }

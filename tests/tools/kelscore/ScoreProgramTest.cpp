@@ -14,6 +14,7 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::StartsWith;
 using Table = std::vector<std::vector<std::string>>;
 
@@ -79,6 +80,21 @@ TEST(KelscoreScore, RegressionExample_GivesRents) {
     EXPECT_NEAR(std::stod(table[i + 1][6]), kRents[i], 1e-9) << i;
     EXPECT_EQ(table[i + 1][6], table[i + 1][7]);
   }
+}
+
+// The document knows what these texts mean; other ones in a numeric field are faults.
+TEST(KelscoreScore, TextsThatTheDocumentDeclaresForANumber_ReachTheModel) {
+  const TestFolder folder;
+  const std::string model = folder.Write("model.pmml", R"(<PMML version="4.2"><Header/><DataDictionary>
+<DataField name="x" optype="continuous" dataType="double"><Value value="N/A" property="missing"/>
+<Value value="-1" property="missing"/><Value value="bad" property="invalid"/></DataField>
+<DataField name="t" optype="continuous" dataType="double"/></DataDictionary>
+<RegressionModel functionName="regression"><MiningSchema><MiningField name="x" missingValueReplacement="7"/>
+<MiningField name="t" usageType="target"/></MiningSchema>
+<RegressionTable intercept="0"><NumericPredictor name="x" coefficient="1"/></RegressionTable></RegressionModel></PMML>)");
+  const Outcome run = RunKelscore({"score", model, "-", "--on-error", "skip"}, "x\n3\nN/A\n-1\nbad\nworse\n");
+  EXPECT_EQ(run.out, "x,prediction\n3,3\nN/A,7\n-1,7\nbad,\nworse,\n");
+  EXPECT_THAT(run.err, AllOf(HasSubstr("\"worse\" is not a finite number"), Not(HasSubstr("\"bad\""))));
 }
 
 TEST(KelscoreScore, InputColumns_ComeOutAsTheyWere) {
