@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "plugins/torvane/outputs/OutputReader.h"
+
 namespace Torvane {
 
 namespace {
@@ -82,8 +84,7 @@ std::unique_ptr<const CompiledModel> CompiledModel::Build(const Element& model, 
     compiled->AddFurther(scope, model, *kind, targets[i]);
     furtherOutputs.push_back(compiled->fFurther.back()->fOutputs.get());
   }
-  compiled->fOutputs =
-      std::make_unique<OutputTable>(scope, *compiled->fTarget, *compiled->fBody, model, furtherOutputs);
+  compiled->fOutputs = OutputReader::ReadModel(scope, *compiled->fTarget, *compiled->fBody, model, furtherOutputs);
   compiled->fInputs = scope.TakeInputs();
   compiled->fNeedsPreparation = !compiled->fDerived.IsEmpty();
   compiled->fSlotCount = scope.Slots().Count();
@@ -99,9 +100,7 @@ std::unique_ptr<const CompiledModel> CompiledModel::BuildMember(const Element& m
   const std::vector<TargetChoice> targets = ChooseTargets(scope, model, *kind);
   if (targets.size() > 1) throw model.Error("has several targets, of which an ensemble can't use one");
   std::unique_ptr<CompiledModel> compiled = BuildIn(scope, model, *kind, targets[0]);
-  if (OutputTable::IsNeededBy(model, scope, outputs)) {
-    compiled->fOutputs = std::make_unique<OutputTable>(scope, *compiled->fTarget, *compiled->fBody, model, outputs);
-  }
+  compiled->fOutputs = OutputReader::ReadMember(scope, *compiled->fTarget, *compiled->fBody, model, outputs);
   compiled->fSegmentInputs = scope.TakeSegmentInputs();
   compiled->fNeedsPreparation =
       !compiled->fSegmentInputs.empty() || !compiled->fDerived.IsEmpty() || !compiled->fDerivedSlots.empty();
@@ -115,8 +114,7 @@ void CompiledModel::AddFurther(FieldScope& scope, const Element& model, const Mo
   further->fBody = kind.buildFurther(*fBody, model, scope, *further->fTarget);
   CheckHasCategories(model, *further->fTarget);
   further->CountNumbers();
-  further->fOutputs =
-      std::make_unique<OutputTable>(scope, *further->fTarget, *further->fBody, model, OfFurtherTarget());
+  further->fOutputs = OutputReader::ReadFurther(scope, *further->fTarget, *further->fBody, model);
   fNumberCount += further->fNumberCount;
   fFurther.push_back(std::move(further));
 }
