@@ -175,7 +175,8 @@ void SupportVectorReader::ReadInstance(const Element& instance, SparseRows* rows
     array = child;
   }
   if (!array) throw instance.Error("has no array");
-  const std::vector<SparseArray::Entry> entries = ReadVector(array, fModel->fInputs.size(), fScope.GetDocument().expansion);
+  const std::vector<SparseArray::Entry> entries =
+      ReadVector(array, fModel->fInputs.size(), fScope.GetDocument().expansion);
   for (const SparseArray::Entry& entry : entries) {
     if (!std::isfinite(entry.value)) throw array.Error("holds a number that isn't finite");
     if (rows != nullptr && entry.value != 0.0) rows->AddCell(entry.place, entry.value);
