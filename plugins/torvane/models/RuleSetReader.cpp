@@ -23,7 +23,6 @@ std::unique_ptr<ModelBody> RuleSetModel::Build(const Element& model, FieldScope&
 
 RuleSetReader::RuleSetReader(const Element& model, FieldScope& scope, Target& target)
     : fElement(model),
-      fScope(scope),
       fTarget(target),
       fModel(std::make_unique<RuleSetModel>()),
       fPredicates(scope, fModel->fPredicates) {}

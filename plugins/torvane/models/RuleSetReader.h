@@ -41,7 +41,6 @@ class RuleSetReader {
   [[nodiscard]] bool GivesProbabilities() const noexcept;
 
   Element fElement;
-  FieldScope& fScope;
   Target& fTarget;
   std::unique_ptr<RuleSetModel> fModel;
   PredicateCompiler fPredicates;
