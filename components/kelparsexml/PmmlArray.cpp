@@ -158,7 +158,7 @@ std::vector<std::string> ReadStringArray(const Element& array, ArrayCount count)
 
 std::vector<double> ReadNumberArray(const Element& array) {
   RequireArray(array);
-  const std::vector<double> numbers = ReadNumbers(array);
+  std::vector<double> numbers = ReadNumbers(array);
   CheckCount(array, numbers.size());
   return numbers;
 }

@@ -100,7 +100,7 @@ struct Program::Code {
     std::uint32_t end;  ///< the instruction after the last one; the first one is the end of the batch before
   };
 
-  Code(std::vector<Instruction> steps, std::vector<Operand> operandsOfSteps,
+  Code(const std::vector<Instruction>& steps, std::vector<Operand> operandsOfSteps,
        std::shared_ptr<const Tables> tablesOfSteps);
 
   std::vector<Instruction> instructions;  ///< in an order in which what is used comes before what uses it

@@ -209,7 +209,7 @@ std::vector<Instruction> GroupedByOperation(const std::vector<Instruction>& step
 
 }  // namespace
 
-Program::Code::Code(std::vector<Instruction> steps, std::vector<Operand> operandsOfSteps,
+Program::Code::Code(const std::vector<Instruction>& steps, std::vector<Operand> operandsOfSteps,
                     std::shared_ptr<const Tables> tablesOfSteps)
     : instructions(GroupedByOperation(steps, operandsOfSteps)),
       operands(std::move(operandsOfSteps)),

@@ -227,7 +227,7 @@ std::optional<ResolvedField> FieldScope::FindInEnsemble(std::string_view name) {
   const MiningField* const field = fSchema.Find(name);
   const auto output = fOutputs.find(name);
   if (field == nullptr && output != fOutputs.end()) return output->second;
-  const std::optional<ResolvedField> outer = fOuter->FindForSegment(name, fSeesAll || field != nullptr);
+  std::optional<ResolvedField> outer = fOuter->FindForSegment(name, fSeesAll || field != nullptr);
   if (outer && field != nullptr) return AddSegmentInput(*field, *outer);
   if (outer) {
     ShareInput(outer->slot);
@@ -267,7 +267,7 @@ ResolvedField FieldScope::AddSegmentInput(const MiningField& field, ResolvedFiel
 }
 
 std::optional<ResolvedField> FieldScope::FindInput(std::string_view name) {
-  if (const std::optional<ResolvedField> derived = AddDerivedInput(name)) return derived;
+  if (std::optional<ResolvedField> derived = AddDerivedInput(name)) return derived;
   const MiningField* field = fSchema.Find(name);
   if (field != nullptr && IsDataField(name)) return AddInput(*field);
   const auto output = fOutputs.find(name);

@@ -103,8 +103,8 @@ void MaskedTrees<Mask>::Find(const double* features, std::uint32_t* leaves) cons
   const std::size_t featureCount = fFeatures.size();
   for (std::size_t i = 0; i < featureCount; ++i) rows[i] = RowOf(fFeatures[i], features[fFeatures[i].feature]);
   for (std::size_t first = 0; first < fStride; first += kPadding) {
-    Masks masks = Load(rows[0] + first);
-    for (std::size_t feature = 1; feature < featureCount; ++feature) masks &= Load(rows[feature] + first);
+    Masks masks = ~Masks{};
+    for (std::size_t feature = 0; feature < featureCount; ++feature) masks &= Load(rows[feature] + first);
     const std::size_t count = std::min(kPadding, fTreeCount - first);
     for (std::size_t i = 0; i < count; ++i) {
       leaves[first + i] = fFirstLeaves[first + i] + static_cast<std::uint32_t>(std::countr_zero<Mask>(masks[i]));
