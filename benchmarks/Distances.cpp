@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <random>
 #include <string>
@@ -35,12 +34,6 @@ Rows RandomRows(std::size_t count, std::size_t columns, unsigned seed) {
   Rows rows;
   while (rows.size() < count) rows.push_back(RandomRow(random, columns));
   return rows;
-}
-
-std::string Text(double number) {
-  char buffer[32];
-  std::snprintf(buffer, sizeof buffer, "%.17g", number);
-  return buffer;
 }
 
 std::string Repeat(int count, const std::string& before, const std::string& after) {
@@ -75,7 +68,7 @@ struct Clusters {
                        Schema(kFields) + kMeasure + Repeat(kFields, "<ClusteringField field=\"", "\"/>");
     for (const auto& center : centers) {
       text += "<Cluster><Array type=\"real\">";
-      for (const double number : center) text += Text(number) + " ";
+      for (const double number : center) text += Documents::NumberText(number) + " ";
       text += "</Array></Cluster>";
     }
     return text + "</ClusteringModel></PMML>";
@@ -116,7 +109,7 @@ struct Neighbors {
       text += "<row>";
       for (int i = 0; i <= kFields; ++i) {
         const std::string name = i == kFields ? "y" : Documents::FieldName(i);
-        text += "<" + name + ">" + Text(instance[static_cast<std::size_t>(i)]) + "</" + name + ">";
+        text += "<" + name + ">" + Documents::NumberText(instance[static_cast<std::size_t>(i)]) + "</" + name + ">";
       }
       text += "</row>";
     }

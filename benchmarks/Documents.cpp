@@ -1,5 +1,6 @@
 #include "benchmarks/Documents.h"
 
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <sstream>
@@ -12,12 +13,6 @@ namespace Documents {
 namespace {
 
 namespace Const = KelScoring_20::KelScoringConst;
-
-std::string Text(double number) {
-  char buffer[32];
-  std::snprintf(buffer, sizeof buffer, "%.17g", number);
-  return buffer;
-}
 
 std::string Head(int inputs, const std::string& target) {
   std::string text =
@@ -44,7 +39,8 @@ constexpr char kCategoryTarget[] =
 std::string Predictors(int terms, int table) {
   std::string text;
   for (int i = 0; i < terms; ++i) {
-    text += "<NumericPredictor name=\"" + FieldName(i) + "\" coefficient=\"" + Text(Coefficient(i, table)) + "\"/>\n";
+    text +=
+        "<NumericPredictor name=\"" + FieldName(i) + "\" coefficient=\"" + NumberText(Coefficient(i, table)) + "\"/>\n";
   }
   return text;
 }
@@ -59,7 +55,7 @@ std::string NormalStats(int input) {
   std::string text = "<TargetValueStats>";
   for (int table = 0; table < 3; ++table) {
     text += std::string("<TargetValueStat value=\"") + kCategories[table] + "\"><GaussianDistribution mean=\"" +
-            Text(Coefficient(input, table) - 1.0) + "\" variance=\"" + std::to_string(1 + table) +
+            NumberText(Coefficient(input, table) - 1.0) + "\" variance=\"" + std::to_string(1 + table) +
             "\"/></TargetValueStat>";
   }
   return text + "</TargetValueStats>";
@@ -81,7 +77,8 @@ std::string BinCounts(int input) {
 }
 
 std::string SimplePredicate(const std::string& field, const std::string& comparison, double value) {
-  return "<SimplePredicate field=\"" + field + "\" operator=\"" + comparison + "\" value=\"" + Text(value) + "\"/>";
+  return "<SimplePredicate field=\"" + field + "\" operator=\"" + comparison + "\" value=\"" + NumberText(value) +
+         "\"/>";
 }
 
 // A perfectly regular tree: node n has children 2n + 1 and 2n + 2 while they are below 20, and splits on input
@@ -102,6 +99,11 @@ void AppendNode(std::string& text, int node, const std::string& predicate) {
 }
 
 }  // namespace
+
+std::string NumberText(double number) {
+  char text[32];
+  return {text, std::to_chars(text, text + sizeof text, number).ptr};
+}
 
 std::string FieldName(int index) { return std::string("x").append(std::to_string(index)); }
 
@@ -124,7 +126,7 @@ std::string GeneralRegression(int terms) {
     parameters += "<Parameter name=\"p" + field + "\"/>\n";
     covariates += "<Predictor name=\"" + field + "\"/>\n";
     products += "<PPCell value=\"1\" predictorName=\"" + field + "\" " + parameter + "/>\n";
-    coefficients += "<PCell " + parameter + " beta=\"" + Text(Coefficient(i)) + "\"/>\n";
+    coefficients += "<PCell " + parameter + " beta=\"" + NumberText(Coefficient(i)) + "\"/>\n";
   }
   return Head(terms, kNumberTarget) +
          "<GeneralRegressionModel functionName=\"regression\" modelType=\"generalLinear\">\n" + MiningSchema(terms) +

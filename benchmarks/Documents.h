@@ -12,6 +12,8 @@ namespace Documents {
 
 /// The inputs are called "x0", "x1" and so on, all continuous doubles.
 std::string FieldName(int index);
+/// The shortest text that is read back as the same number.
+std::string NumberText(double number);
 double Coefficient(int index, int table = 0);
 
 /// y = 1 + sum of Coefficient(i) * xi.

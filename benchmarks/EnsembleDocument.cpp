@@ -1,17 +1,11 @@
 #include "benchmarks/EnsembleDocument.h"
 
-#include <charconv>
 #include <random>
 
 #include "benchmarks/Documents.h"
 
 namespace EnsembleDocument {
 namespace {
-
-std::string Number(double number) {
-  char text[32];
-  return {text, std::to_chars(text, text + sizeof text, number).ptr};
-}
 
 // A leaf that may become a node, with the box of numbers that reach it: limits are drawn from it, so that both children
 // can be reached.
@@ -81,13 +75,13 @@ Tree Grower::OfSize(int nodes) {
 
 void AppendNode(const Ensemble& ensemble, const Tree& tree, int at, const std::string& predicate, std::string& text) {
   const Node& node = tree[static_cast<std::size_t>(at)];
-  text += node.isLeaf ? "<Node score=\"" + Number(node.score) + "\">" : "<Node>";
+  text += node.isLeaf ? "<Node score=\"" + Documents::NumberText(node.score) + "\">" : "<Node>";
   text += predicate + "\n";
   if (!node.isLeaf) {
     const std::string field = (ensemble.isScaled ? "scaled" : "x") + std::to_string(node.feature);
     const auto compare = [&](const char* comparison) {
-      return "<SimplePredicate field=\"" + field + "\" operator=\"" + comparison + "\" value=\"" + Number(node.limit) +
-             "\"/>";
+      return "<SimplePredicate field=\"" + field + "\" operator=\"" + comparison + "\" value=\"" +
+             Documents::NumberText(node.limit) + "\"/>";
     };
     AppendNode(ensemble, tree, node.below, compare("lessOrEqual"), text);
     AppendNode(ensemble, tree, node.above, compare("greaterThan"), text);
@@ -107,8 +101,9 @@ std::string ScaledFields(const Ensemble& ensemble) {
   for (int i = 0; i < ensemble.inputs; ++i) {
     text += "<DerivedField name=\"scaled" + std::to_string(i) +
             "\" optype=\"continuous\" dataType=\"float\"><NormContinuous field=\"" + Documents::FieldName(i) +
-            "\"><LinearNorm orig=\"0\" norm=\"" + Number(-Mean(i) / Deviation(i)) + "\"/><LinearNorm orig=\"" +
-            Number(Mean(i)) + "\" norm=\"0\"/></NormContinuous></DerivedField>\n";
+            "\"><LinearNorm orig=\"0\" norm=\"" + Documents::NumberText(-Mean(i) / Deviation(i)) +
+            "\"/><LinearNorm orig=\"" + Documents::NumberText(Mean(i)) +
+            "\" norm=\"0\"/></NormContinuous></DerivedField>\n";
   }
   return text + "</LocalTransformations>\n";
 }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <random>
 
 #include "benchmarks/Documents.h"
@@ -77,12 +76,6 @@ class PlainLoops {
   std::vector<double> fTo;
 };
 
-std::string Text(double number) {
-  char buffer[32];
-  std::snprintf(buffer, sizeof buffer, "%.17g", number);
-  return buffer;
-}
-
 std::string NeuronId(std::size_t layer, std::size_t neuron) {
   return std::to_string(layer) + "," + std::to_string(neuron);
 }
@@ -91,10 +84,11 @@ std::string LayerText(std::size_t number, const Layer& layer, const std::string&
   const std::size_t inputs = kSizes[number - 1];
   std::string text = "<NeuralLayer " + attributes + ">\n";
   for (std::size_t neuron = 0; neuron < layer.biases.size(); ++neuron) {
-    text += "<Neuron id=\"" + NeuronId(number, neuron) + "\" bias=\"" + Text(layer.biases[neuron]) + "\">";
+    text +=
+        "<Neuron id=\"" + NeuronId(number, neuron) + "\" bias=\"" + Documents::NumberText(layer.biases[neuron]) + "\">";
     for (std::size_t from = 0; from < inputs; ++from) {
       text += "<Con from=\"" + NeuronId(number - 1, from) + "\" weight=\"" +
-              Text(layer.weights[neuron * inputs + from]) + "\"/>";
+              Documents::NumberText(layer.weights[neuron * inputs + from]) + "\"/>";
     }
     text += "</Neuron>\n";
   }

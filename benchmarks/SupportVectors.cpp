@@ -2,7 +2,6 @@
 // beside the plain loop over its vectors.
 
 #include <cmath>
-#include <cstdio>
 #include <random>
 
 #include "benchmarks/Documents.h"
@@ -53,12 +52,6 @@ class PlainLoop {
   std::vector<double> fCoefficients;
 };
 
-std::string Text(double number) {
-  char buffer[32];
-  std::snprintf(buffer, sizeof buffer, "%.17g", number);
-  return buffer;
-}
-
 std::string Document(const PlainLoop& machine) {
   std::string fields, schema, references, instances, vectors, coefficients;
   for (std::size_t i = 0; i < kFields; ++i) {
@@ -70,21 +63,21 @@ std::string Document(const PlainLoop& machine) {
   for (std::size_t vector = 0; vector < kVectors; ++vector) {
     const std::string id = std::to_string(vector);
     instances += "<VectorInstance id=\"" + id + "\"><Array n=\"50\" type=\"real\">";
-    for (std::size_t i = 0; i < kFields; ++i) instances += Text(machine.Cell(vector, i)) + " ";
+    for (std::size_t i = 0; i < kFields; ++i) instances += Documents::NumberText(machine.Cell(vector, i)) + " ";
     instances += "</Array></VectorInstance>\n";
     vectors += "<SupportVector vectorId=\"" + id + "\"/>\n";
-    coefficients += "<Coefficient value=\"" + Text(machine.Coefficient(vector)) + "\"/>\n";
+    coefficients += "<Coefficient value=\"" + Documents::NumberText(machine.Coefficient(vector)) + "\"/>\n";
   }
   return "<PMML version=\"4.0\" xmlns=\"http://www.dmg.org/PMML-4_0\">\n<Header/>\n<DataDictionary>\n"
          "<DataField name=\"y\" optype=\"continuous\" dataType=\"double\"/>\n" +
          fields +
          "</DataDictionary>\n<SupportVectorMachineModel functionName=\"regression\">\n<MiningSchema>\n"
          "<MiningField name=\"y\" usageType=\"predicted\"/>\n" +
-         schema + "</MiningSchema>\n<RadialBasisKernelType gamma=\"" + Text(kGamma) +
+         schema + "</MiningSchema>\n<RadialBasisKernelType gamma=\"" + Documents::NumberText(kGamma) +
          "\"/>\n<VectorDictionary>\n<VectorFields>\n" + references + "</VectorFields>\n" + instances +
          "</VectorDictionary>\n<SupportVectorMachine>\n<SupportVectors>\n" + vectors +
-         "</SupportVectors>\n<Coefficients absoluteValue=\"" + Text(kConstant) + "\">\n" + coefficients +
-         "</Coefficients>\n</SupportVectorMachine>\n</SupportVectorMachineModel>\n</PMML>\n";
+         "</SupportVectors>\n<Coefficients absoluteValue=\"" + Documents::NumberText(kConstant) + "\">\n" +
+         coefficients + "</Coefficients>\n</SupportVectorMachine>\n</SupportVectorMachineModel>\n</PMML>\n";
 }
 
 void VectorsLibrary(benchmark::State& state) {
